@@ -1,2 +1,10 @@
-#include <cstdio>
-int main() { std::puts("kdxctl"); return 0; }
+#include "cli/command.h"
+
+#include <iostream>
+
+int main(int argc, char** argv)
+{
+    std::vector<std::string> args(argv + 1, argv + argc);
+    kdx::cli::CommandIo io{std::cout, std::cerr};
+    return kdx::cli::runKdxctl(args, io);
+}

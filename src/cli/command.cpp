@@ -1,0 +1,45 @@
+#include "cli/command.h"
+
+#include <ostream>
+
+namespace kdx::cli {
+
+std::vector<Command>& registry()
+{
+    static std::vector<Command> commands;
+    return commands;
+}
+
+int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
+{
+    auto printHelp = [&](std::ostream& os) {
+        os << "usage: kdxctl COMMAND [OPTIONS]\n\n"
+              "The command-line companion of KDX Tool, for scripts and production lines.\n\n"
+              "Commands:\n";
+        for (const auto& c : registry()) os << "  " << c.name << std::string(c.name.size() < 10 ? 10 - c.name.size() : 1, ' ') << c.summary << "\n";
+        os << "\nRun 'kdxctl COMMAND --help' for a command's options and an example.\n";
+    };
+    if (args.empty()) {
+        printHelp(io.err);
+        return 2;
+    }
+    if (args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
+        printHelp(io.out);
+        return 0;
+    }
+    for (const auto& c : registry()) {
+        if (c.name != args[0]) continue;
+        std::vector<std::string> rest(args.begin() + 1, args.end());
+        for (const auto& a : rest) {
+            if (a == "--help" || a == "-h") {
+                io.out << c.usage;
+                return 0;
+            }
+        }
+        return c.run(rest, io);
+    }
+    io.err << "kdxctl: unknown command '" << args[0] << "' (try kdxctl --help)\n";
+    return 2;
+}
+
+} // namespace kdx::cli
