@@ -1,0 +1,122 @@
+#include "platform/qt_serial_port.h"
+
+#include <QSerialPortInfo>
+
+#include <algorithm>
+
+namespace kdx {
+
+namespace {
+constexpr int MaxListedPorts = 18;
+constexpr qint64 BufferSize = 5000;
+} // namespace
+
+QtSerialPort::QtSerialPort(QObject* parent) : QObject(parent)
+{
+    connect(&port_, &QSerialPort::readyRead, this, &QtSerialPort::onReadyRead);
+    connect(&port_, &QSerialPort::errorOccurred, this, &QtSerialPort::onError);
+}
+
+QtSerialPort::~QtSerialPort() { port_.close(); }
+
+void QtSerialPort::addExtraPort(const std::string& path)
+{
+    if (std::find(extra_.begin(), extra_.end(), path) == extra_.end()) extra_.push_back(path);
+}
+
+std::vector<std::string> QtSerialPort::availablePorts()
+{
+    std::vector<std::string> names;
+    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts())
+        names.push_back(info.systemLocation().toStdString());
+    std::sort(names.begin(), names.end());
+    if (names.size() > MaxListedPorts) names.resize(MaxListedPorts);
+    for (const auto& e : extra_)
+        if (std::find(names.begin(), names.end(), e) == names.end()) names.push_back(e);
+    return names;
+}
+
+std::string QtSerialPort::describeOpenError(QSerialPort::SerialPortError error, const QString& text)
+{
+    std::string reason = text.toStdString();
+    if (error == QSerialPort::PermissionError) {
+        reason = "Permission denied";
+#ifdef Q_OS_LINUX
+        reason += " (add your user to the dialout group: sudo usermod -aG dialout $USER, then log in again)";
+#endif
+    } else if (error == QSerialPort::DeviceNotFoundError) {
+        reason = "Device not found";
+    }
+    return reason;
+}
+
+bool QtSerialPort::open(const std::string& name, std::string& error)
+{
+    if (port_.isOpen()) port_.close();
+    port_.setPortName(QString::fromStdString(name));
+    if (!port_.open(QIODevice::ReadWrite)) {
+        error = describeOpenError(port_.error(), port_.errorString());
+        port_.clearError();
+        return false;
+    }
+    applySettings();
+    port_.setReadBufferSize(0); // unbounded: the receiver drains it at every readyRead
+    reportingLoss_ = false;
+    return true;
+}
+
+void QtSerialPort::applySettings()
+{
+    if (!port_.isOpen()) return;
+    port_.setBaudRate(QSerialPort::Baud115200);
+    port_.setDataBits(QSerialPort::Data8);
+    port_.setParity(QSerialPort::NoParity);
+    port_.setStopBits(QSerialPort::OneStop);
+    port_.setFlowControl(QSerialPort::NoFlowControl);
+    (void)BufferSize;
+}
+
+void QtSerialPort::close()
+{
+    if (port_.isOpen()) port_.close();
+}
+
+bool QtSerialPort::isOpen() const { return port_.isOpen(); }
+
+bool QtSerialPort::write(std::span<const uint8_t> bytes, std::string& error)
+{
+    if (!port_.isOpen()) {
+        error = "Port is not open";
+        return false;
+    }
+    const qint64 n = port_.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
+    if (n != static_cast<qint64>(bytes.size())) {
+        error = port_.errorString().toStdString();
+        return false;
+    }
+    return true;
+}
+
+void QtSerialPort::onReadyRead()
+{
+    const QByteArray data = port_.readAll();
+    if (!data.isEmpty() && onBytes)
+        onBytes(std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(data.constData()), static_cast<std::size_t>(data.size())));
+}
+
+void QtSerialPort::onError(QSerialPort::SerialPortError error)
+{
+    // Only failures of an open port are a loss; open errors are reported by open().
+    if (error == QSerialPort::NoError || !port_.isOpen()) return;
+    if (error != QSerialPort::ResourceError && error != QSerialPort::ReadError &&
+        error != QSerialPort::WriteError && error != QSerialPort::UnknownError)
+        return;
+    if (reportingLoss_) return;
+    reportingLoss_ = true;
+    const std::string reason = port_.errorString().toStdString();
+    port_.clearError();
+    port_.close(); // stops the notifier, so a hung-up line cannot spin the event loop
+    if (onLost) onLost(reason);
+}
+
+} // namespace kdx

@@ -1,0 +1,68 @@
+#pragma once
+// An in-memory serial port: records writes, delivers bytes in any chunking, fails an
+// open or a write on request, and unplugs.
+#include "platform/serial_port.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace kdx::test {
+
+class FakeSerialPort : public SerialPort {
+public:
+    std::vector<std::string> ports{"/dev/ttyUSB0", "/dev/ttyUSB1"};
+    std::set<std::string> refuse;   // names whose open fails
+    std::string refuseReason = "Permission denied";
+    bool failWrites = false;
+    std::string openName;
+    std::vector<uint8_t> written;
+    int opens = 0, closes = 0, settingsApplied = 0;
+
+    std::vector<std::string> availablePorts() override { return ports; }
+    bool open(const std::string& name, std::string& error) override
+    {
+        if (refuse.count(name) || std::find(ports.begin(), ports.end(), name) == ports.end()) {
+            error = refuse.count(name) ? refuseReason : "Device not found";
+            return false;
+        }
+        ++opens;
+        openName = name;
+        return true;
+    }
+    void close() override
+    {
+        if (!openName.empty()) ++closes;
+        openName.clear();
+    }
+    bool isOpen() const override { return !openName.empty(); }
+    bool write(std::span<const uint8_t> bytes, std::string& error) override
+    {
+        if (failWrites || openName.empty()) {
+            error = "Input/output error";
+            return false;
+        }
+        written.insert(written.end(), bytes.begin(), bytes.end());
+        return true;
+    }
+    void applySettings() override { ++settingsApplied; }
+
+    // Delivers bytes as the port would, in chunks of `chunk` bytes.
+    void deliver(const std::vector<uint8_t>& bytes, std::size_t chunk = 64)
+    {
+        for (std::size_t i = 0; i < bytes.size(); i += chunk) {
+            const std::size_t n = std::min(chunk, bytes.size() - i);
+            if (onBytes) onBytes(std::span<const uint8_t>(bytes.data() + i, n));
+        }
+    }
+    // The adapter is pulled out.
+    void unplug(const std::string& reason = "Resource temporarily unavailable")
+    {
+        ports.erase(std::remove(ports.begin(), ports.end(), openName), ports.end());
+        openName.clear();
+        if (onLost) onLost(reason);
+    }
+};
+
+} // namespace kdx::test
