@@ -294,3 +294,5 @@ void CommsLink::closeEvent(QCloseEvent* event)
 }
 
 } // namespace kdx
+
+#include "moc_comms_link_window.cpp"

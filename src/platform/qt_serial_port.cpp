@@ -120,3 +120,5 @@ void QtSerialPort::onError(QSerialPort::SerialPortError error)
 }
 
 } // namespace kdx
+
+#include "moc_qt_serial_port.cpp"
