@@ -1,44 +1,101 @@
 #include "mainwindow/main_entry.h"
 
+#include "config/config_file.h"
+#include "config/entry_commands.h"
+#include "config/memory_transfer.h"
+#include "core/colour.h"
 #include "core/host_numeric.h"
 #include "link/comms_link_window.h"
+#include "mainwindow/click_label.h"
+#include "platform/dialogs.h"
+#include "platform/key_state.h"
 #include "platform/qt_guard.h"
 
+#include <QCheckBox>
+#include <QGroupBox>
 #include <QLabel>
-#include <QStatusBar>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QTimer>
-#include <QVBoxLayout>
 
 namespace kdx {
+
+namespace {
+
+void paintBack(QWidget* w, uint32_t bgr)
+{
+    const Rgb c = fromBgr(bgr);
+    const QColor colour(c.r, c.g, c.b);
+    QPalette p = w->palette();
+    if (p.color(QPalette::Button) == colour && w->autoFillBackground()) return;
+    p.setColor(QPalette::Button, colour);
+    p.setColor(QPalette::Window, colour);
+    p.setColor(QPalette::ButtonText, Qt::black);
+    w->setAutoFillBackground(true);
+    w->setPalette(p);
+}
+
+std::string afterLastSlash(const std::string& path)
+{
+    const auto slash = path.find_last_of("/\\");
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+} // namespace
 
 MainEntry::MainEntry(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws)
 {
     setObjectName("MainEntry");
     setWindowTitle("KDX Tool");
-    auto* central = new QWidget(this);
-    auto* layout = new QVBoxLayout(central);
-    layout->addStretch(1);
-    setCentralWidget(central);
-
-    CommsQualitylb = new QLabel(this);
-    CommsQualitylb->setObjectName("CommsQualitylb");
-    CommsQualitylb->setToolTip("Comms quality: messages received against the 100 per second expected");
-    statusBar()->addPermanentWidget(CommsQualitylb);
+    buildControls();
+    buildMenus();
 
     CommsQualityTmr = new QTimer(this);
     CommsQualityTmr->setObjectName("CommsQualityTmr");
     CommsQualityTmr->setInterval(500);
     connect(CommsQualityTmr, &QTimer::timeout, this, [this] { guarded([&] { CommsQualityTmr_Timer(); }); });
+
+    MemReqTimer = new QTimer(this);
+    MemReqTimer->setObjectName("MemReqTimer");
+    MemReqTimer->setInterval(memreq::TimeoutMs);
+    MemReqTimer->setSingleShot(true);
+    connect(MemReqTimer, &QTimer::timeout, this, [this] { guarded([&] { MemReqTimer_Timer(); }); });
+
+    config_.setRefreshHandler([this] { RefreshParamDisplay(); });
+    config_.setDataModifiedHandler([this](bool flag) { SetDataModified(flag); });
 }
 
 MainEntry::~MainEntry() = default;
 
-void MainEntry::Form_Load() { CommsQualityTmr->start(); }
+void MainEntry::Form_Load()
+{
+    // Nothing that looks read back exists before a read.
+    for (int i = 0; i <= 60; ++i) config_.image()[static_cast<std::size_t>(i)] = 255;
+    // Working values until the first read or load: 8 kHz PWM, a gain factor of 1.0
+    // (100 %), 1:1 drive, and a mid-range loop for a 14-pole motor.
+    ParamSet& p = config_.params();
+    p.PwmFreqHz = {8000, 8000};
+    p.GainPerc = {100, 100};
+    p.DriveRatio = {1, 1};
+    p.PTerm = {100, 100};
+    p.IRate = {5, 5};
+    p.DTerm = {20, 20};
+    p.DynamicPower = {30, 30};
+    p.IAngle = {4, 4};
+    p.PowerErrorAngle = {4, 4};
+    p.RecoveryAngle = {5, 5};
+    p.Poles = {14, 14};
+    DebugIDFr->setVisible(false);
+    ShowQVaneAxis(3);
+    CommsQualityTmr->start();
+}
 
-void MainEntry::PutCyclicMsg(const MsgView&) {}
-void MainEntry::PutCyclicQvaneMsg(const MsgView&) {}
-void MainEntry::PutMemoryMsg(const MsgView&) {}
-void MainEntry::PutAxisMemoryMsg(const MsgView&) {}
+// ---- link ---------------------------------------------------------------------------
+
+void MainEntry::SendMessage()
+{
+    if (ws_.comms) ws_.comms->SendMessage(OutMsg);
+}
 
 void MainEntry::PutMessageReceived(bool good)
 {
@@ -62,9 +119,209 @@ void MainEntry::CommsQualityTmr_Timer()
     GoodMsgCount = 0;
 }
 
-void MainEntry::SendMessage()
+void MainEntry::PutCyclicMsg(const MsgView&) {}
+void MainEntry::PutCyclicQvaneMsg(const MsgView&) {}
+
+// ---- memory transfer ----------------------------------------------------------------
+
+void MainEntry::RequestMemoryRead(bool /*flag: kept in the interface, unused*/)
 {
-    if (ws_.comms) ws_.comms->SendMessage(OutMsg);
+    buildReadRequest(OutMsg, TargetIsQVane, QVaneAxis);
+    SendMessage();
+    MemReqTimer->stop();
+    MemReqtb->setText(QString::fromUtf8(memreq::Reading.data(), memreq::Reading.size()));
+    MemReqTimer->start();
+}
+
+void MainEntry::RequestMemoryWrite()
+{
+    buildWriteMessage(OutMsg, config_.image(), TargetIsQVane, QVaneAxis);
+    SendMessage();
+    MemReqtb->setText(QString::fromUtf8(memreq::Writing.data(), memreq::Writing.size()));
+    MemReqTimer->start();
+}
+
+void MainEntry::ReadConfigcb_Click() { RequestMemoryRead(true); }
+
+void MainEntry::WriteConfigcb_Click()
+{
+    config_.ParamsToImage();
+    RequestMemoryWrite();
+}
+
+void MainEntry::MemReqTimer_Timer()
+{
+    MemReqtb->setText(QString::fromUtf8(memreq::TimedOut.data(), memreq::TimedOut.size()));
+    MemReqTimer->stop();
+}
+
+void MainEntry::PutMemoryMsg(const MsgView& msg)
+{
+    kdx::PutMemoryMsg(config_.image(), msg);
+    MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
+    MemReqTimer->stop();
+    config_.acceptNewImage();
+}
+
+void MainEntry::PutAxisMemoryMsg(const MsgView& msg)
+{
+    const FirmwareVersion v = kdx::PutAxisMemoryMsg(config_.image(), msg);
+    ShowVersion(v.low, v.high);
+    MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
+    MemReqTimer->stop();
+    config_.acceptNewImage();
+}
+
+void MainEntry::SetDataModified(bool flag)
+{
+    paintBack(WriteConfigcb, flag ? colours::Green : colours::LightGrey);
+    if (flag) MemReqtb->setText(QString::fromUtf8(memreq::WriteToApply.data(), memreq::WriteToApply.size()));
+}
+
+bool MainEntry::ConfirmReadOverChanges()
+{
+    return ws_.dialogs->MsgBox(std::string(kConfirmReadPrompt), box::YesNoWarning, std::string(kConfirmReadTitle)) ==
+           Answer::Yes;
+}
+
+// ---- files --------------------------------------------------------------------------
+
+void MainEntry::LoadConfigcb_Click()
+{
+    if (ws_.dialogs->MsgBox(std::string(configfile::ConfirmLoadPrompt), box::YesNo,
+                            std::string(configfile::ConfirmLoadTitle)) != Answer::Yes)
+        return;
+    FileDialogRequest r;
+    r.title = "Load Configuration";
+    r.filter = std::string(TargetIsQVane ? configfile::LoadFilterQVane : configfile::LoadFilterDirect);
+    r.defaultExt = std::string(TargetIsQVane ? configfile::ExtQVane : configfile::ExtDirect);
+    r.fileName = std::string(configfile::DefaultFileName);
+    const auto path = ws_.dialogs->OpenFile(r);
+    if (!path) return; // cancelled
+    loadConfigFrom(*path);
+}
+
+void MainEntry::StartLoadOnInit(const std::string& path) { loadConfigFrom(path); }
+
+void MainEntry::loadConfigFrom(const std::string& path)
+{
+    const ConfigLoad load = loadConfigFile(path, TargetIsQVane);
+    bool second = false;
+    if (load.status == ConfigLoadStatus::Failed) {
+        ws_.dialogs->MsgBox(load.box.prompt, load.box.style, load.box.title);
+        return;
+    }
+    if (load.status == ConfigLoadStatus::AskMotor)
+        second = ws_.dialogs->MsgBox(load.box.prompt, load.box.style, load.box.title) != Answer::Yes;
+    applyConfigLoad(load, config_.image(), second);
+    shortFileName = afterLastSlash(path);
+    config_.acceptNewImage();
+    MemReqtb->setText("Loaded");
+    MemReqtb->setToolTip(QString::fromStdString("Loaded from " + path + "; Write to send it to the module"));
+}
+
+void MainEntry::SaveConfigcb_Click()
+{
+    FileDialogRequest r;
+    r.title = "Save Configuration";
+    r.filter = std::string(TargetIsQVane ? configfile::SaveFilterQVane : configfile::SaveFilterDirect);
+    r.defaultExt = std::string(TargetIsQVane ? configfile::ExtQVane : configfile::ExtDirect);
+    r.fileName = std::string(configfile::DefaultFileName);
+    const auto path = ws_.dialogs->SaveFile(r);
+    if (!path) return;
+    // The file receives the values shown, unwritten changes included, with a fresh checksum.
+    config_.ParamsToImage();
+    if (const auto error = saveConfigFile(*path, config_.image(), !TargetIsQVane)) {
+        ws_.dialogs->MsgBox(error->prompt, error->style, error->title);
+        return;
+    }
+    shortFileName = afterLastSlash(*path);
+    MemReqtb->setText("Saved");
+    MemReqtb->setToolTip(QString::fromStdString("Saved to " + *path));
+}
+
+// ---- parameter entry ----------------------------------------------------------------
+
+void MainEntry::RefreshParamDisplay()
+{
+    for (int m = 0; m < 2; ++m)
+        for (ParamLabel l : kRefreshOrder) label(l, m)->setCaption(QString::fromStdString(config_.caption(l, m)));
+    for (int m = 0; m < 2; ++m) {
+        QCheckBox* box = Reversecb[static_cast<std::size_t>(m)];
+        if (box->isChecked() != config_.reverse(m)) {
+            const QSignalBlocker block(box);
+            box->setChecked(config_.reverse(m));
+        }
+    }
+    DebIDtb->setCaption(QString::number(config_.debugId()));
+}
+
+void MainEntry::ParamLabel_Click(ParamLabel l, int index)
+{
+    const EntryCommand* command = findEntryCommand(l);
+    if (!command) return;
+    if (command->target == EntryTarget::QVaneAxis && TargetIsQVane &&
+        ws_.dialogs->MsgBox(std::string(kAxisWarningText), box::YesNoWarning, std::string(kAxisWarningTitle)) !=
+            Answer::Yes)
+        return;
+    const float current = entryCurrentValue(config_, *command, index);
+    const std::string answer = ws_.dialogs->InputBox(std::string(command->prompt), std::string(kEntryTitle),
+                                                     askValueDefault(current));
+    applyEntry(config_, *command, index, AskValueResult(current, answer));
+}
+
+void MainEntry::Reversecb_Click(int index)
+{
+    config_.Reversecb_Click(index, Reversecb[static_cast<std::size_t>(index)]->isChecked());
+}
+
+void MainEntry::Voltagetb_Click()
+{
+    if (!ws_.keys || !ws_.keys->shiftDown()) return;
+    DebugIDFr->setVisible(true);
+}
+
+// ---- connection ---------------------------------------------------------------------
+
+void MainEntry::KDXAxisSelcb_Click(int index)
+{
+    if (config_.GetDataModified() && !ConfirmReadOverChanges()) return;
+    if (index >= 0 && index <= 2) {
+        buildAxisSelect(OutMsg, index);
+        QVaneAxis = index;
+    }
+    // An index outside 0 .. 2 cannot come from the window; the previous buffer goes out.
+    SendMessage();
+    RequestMemoryRead(true);
+}
+
+void MainEntry::TgtSelcb_Click(int index)
+{
+    if (index == 0) {
+        if (ws_.comms) ws_.comms->SetBaudForKDX();
+        QVaneConnectFr->setVisible(false);
+        ShowQVaneAxis(3);
+    } else {
+        if (ws_.comms) ws_.comms->SetBaudForQVane();
+        QVaneConnectFr->setVisible(true);
+        ShowQVaneAxis(0);
+    }
+}
+
+void MainEntry::ShowQVaneAxis(int axis)
+{
+    if (axis == LastQVaneAxis) return;
+    LastQVaneAxis = axis;
+    for (int i = 0; i < 3; ++i)
+        paintBack(KDXAxisSelcb[static_cast<std::size_t>(i)], i == axis ? colours::Green : colours::LightGrey);
+}
+
+void MainEntry::ShowVersion(int major, int minor)
+{
+    if (major == shownMajor_ && minor == shownMinor_) return;
+    shownMajor_ = major;
+    shownMinor_ = minor;
+    Versiontb->setText(QString::fromStdString(Format(major, "0") + "." + Format(minor, "00")));
 }
 
 } // namespace kdx

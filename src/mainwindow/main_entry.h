@@ -1,16 +1,31 @@
 #pragma once
-// The main window: the module's configuration, its live values and the connection
-// choices. It is the message sink of the link.
+// The main window: the module's configuration in its three views (memory image,
+// parameter set, labels), the live values, and the connection choices. It is the
+// message sink of the link. Logic lives in kdxcore (DriverConfig and friends); this
+// class owns the controls and the handlers.
+#include "config/driver_config.h"
+#include "config/param_label.h"
 #include "link/frame.h"
 #include "link/message_sink.h"
 #include "mainwindow/workspace.h"
 
 #include <QMainWindow>
 
+#include <array>
+#include <map>
+#include <string>
+
+class QAction;
+class QCheckBox;
+class QGroupBox;
 class QLabel;
+class QPushButton;
+class QRadioButton;
 class QTimer;
 
 namespace kdx {
+
+class ClickLabel;
 
 class MainEntry : public QMainWindow, public MessageSink {
     Q_OBJECT
@@ -30,19 +45,79 @@ public:
     // Sends the shared outgoing buffer through the link.
     void SendMessage();
 
-    void CommsQualityTmr_Timer();
+    // Configuration.
+    DriverConfig& config() { return config_; }
+    bool GetDataModified() const { return config_.GetDataModified(); }
+    bool GetGainsHaveBeenLoaded() const { return config_.GetGainsHaveBeenLoaded(); }
+    void RefreshParamDisplay();
+    void StartLoadOnInit(const std::string& path);
 
-    // Comms quality: messages counted between 500 ms ticks (50 expected).
+    // Handlers.
+    void CommsQualityTmr_Timer();
+    void MemReqTimer_Timer();
+    void ReadConfigcb_Click();
+    void WriteConfigcb_Click();
+    void LoadConfigcb_Click();
+    void SaveConfigcb_Click();
+    void mnuLoad_Click() { LoadConfigcb_Click(); }
+    void mnuSave_Click() { SaveConfigcb_Click(); }
+    void Reversecb_Click(int index);
+    void Voltagetb_Click();
+    // A click on a parameter label (PTermtb_Click(Index) and the others).
+    void ParamLabel_Click(ParamLabel label, int index);
+    void KDXAxisSelcb_Click(int index);
+    void TgtSelcb_Click(int index);
+
+    // State.
+    bool TargetIsQVane = false;
+    int QVaneAxis = 0; // the selected Q-Vane axis: 0 Tilt, 1 Roll, 2 Pan
     int16_t GoodMsgCount = 0;
     int32_t BadMsgCount = 0;
     float CommsQuality = 0;
     OutMsgBuffer OutMsg{};
+    std::string shortFileName; // the last configuration file, after the last "/"
 
+    // Controls.
     QLabel* CommsQualitylb = nullptr;
     QTimer* CommsQualityTmr = nullptr;
+    QTimer* MemReqTimer = nullptr;
+    QLabel* MemReqtb = nullptr;
+    QPushButton* ReadConfigcb = nullptr;
+    QPushButton* WriteConfigcb = nullptr;
+    QPushButton* LoadConfigcb = nullptr;
+    QPushButton* SaveConfigcb = nullptr;
+    std::array<QGroupBox*, 2> MotorConfigfr{};
+    std::array<QGroupBox*, 2> MotorValuesfr{};
+    std::map<ParamLabel, std::array<ClickLabel*, 2>> paramLabels;
+    std::array<QCheckBox*, 2> Reversecb{};
+    QGroupBox* DebugIDFr = nullptr;
+    ClickLabel* DebIDtb = nullptr;
+    ClickLabel* Voltagetb = nullptr;
+    QLabel* Versiontb = nullptr;
+    std::array<QRadioButton*, 2> TgtSelcb{};
+    QGroupBox* QVaneConnectFr = nullptr;
+    std::array<QPushButton*, 3> KDXAxisSelcb{};
+    QAction* mnuLoad = nullptr;
+    QAction* mnuSave = nullptr;
+    QAction* mnuExit = nullptr;
+
+    ClickLabel* label(ParamLabel l, int motor) { return paramLabels.at(l)[static_cast<std::size_t>(motor)]; }
 
 private:
+    void buildControls();
+    void buildMenus();
+    void RequestMemoryRead(bool flag);
+    void RequestMemoryWrite();
+    void SetDataModified(bool flag);
+    bool ConfirmReadOverChanges();
+    void loadConfigFrom(const std::string& path);
+    void ShowVersion(int major, int minor);
+    void ShowQVaneAxis(int axis);
+
     Workspace& ws_;
+    DriverConfig config_;
+    int shownMajor_ = -1, shownMinor_ = -1;
+    int LastQVaneAxis = -1;
 };
 
 } // namespace kdx

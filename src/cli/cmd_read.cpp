@@ -1,0 +1,131 @@
+// kdxctl read: reads a module's configuration, prints it and keeps a backup file.
+#include "cli/command.h"
+#include "cli/posix_serial.h"
+#include "config/config_file.h"
+#include "config/driver_config.h"
+#include "config/memory_session.h"
+#include "config/param_table.h"
+#include "core/host_error.h"
+
+#include <ctime>
+#include <optional>
+#include <ostream>
+
+namespace kdx::cli {
+
+namespace {
+
+constexpr int kListenMs = 1000; // telemetry arrives 100 times a second
+constexpr int kReplyMs = 1000;
+constexpr int kReadAttempts = 2;
+
+const char* const kUsage =
+    "usage: kdxctl read --port DEV [--axis tilt|roll|pan] [-o FILE] [--tsv]\n"
+    "\n"
+    "Reads the configuration memory of the module on DEV, prints its parameters and\n"
+    "saves a backup: a two-axis .kdx file for a KDX wired directly, a single-axis .bls\n"
+    "file for the KDX of one axis behind a Q-Vane. Which of the two is on the line is\n"
+    "learned from its telemetry.\n"
+    "\n"
+    "  --port DEV   serial port, e.g. /dev/ttyUSB0\n"
+    "  --axis A     through a Q-Vane: select the axis first (default tilt)\n"
+    "  -o FILE      backup file (default kdx-backup-YYYYMMDD-HHMMSS.kdx or .bls here)\n"
+    "  --tsv        print name<TAB>motor 0<TAB>motor 1 lines instead of the table\n"
+    "\n"
+    "example:\n"
+    "  kdxctl read --port /dev/ttyUSB0 --axis roll -o roll-before-tuning.bls\n";
+
+int usageError(CommandIo& io, const std::string& what)
+{
+    io.err << "kdxctl read: " << what << " (try kdxctl read --help)\n";
+    return 2;
+}
+
+std::optional<int> parseAxis(const std::string& s)
+{
+    if (s == "tilt" || s == "0") return 0;
+    if (s == "roll" || s == "1") return 1;
+    if (s == "pan" || s == "2") return 2;
+    return std::nullopt;
+}
+
+std::string defaultBackupName(bool twoAxis)
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    char stamp[32];
+    std::strftime(stamp, sizeof stamp, "%Y%m%d-%H%M%S", &local);
+    return std::string("kdx-backup-") + stamp + (twoAxis ? ".kdx" : ".bls");
+}
+
+int runRead(const std::vector<std::string>& args, CommandIo& io)
+{
+    std::string port, output;
+    std::optional<int> axis;
+    bool tsv = false;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& a = args[i];
+        const bool hasValue = i + 1 < args.size();
+        if (a == "--tsv") {
+            tsv = true;
+        } else if (a == "--port" || a == "--axis" || a == "-o") {
+            if (!hasValue) return usageError(io, a + " needs a value");
+            const std::string& v = args[++i];
+            if (a == "--port") port = v;
+            else if (a == "-o") output = v;
+            else if (!(axis = parseAxis(v))) return usageError(io, "unknown axis '" + v + "' (tilt, roll or pan)");
+        } else {
+            return usageError(io, "unexpected argument '" + a + "'");
+        }
+    }
+    if (port.empty()) return usageError(io, "--port is required");
+
+    PosixSerial serial;
+    std::string error;
+    if (!serial.open(port, error)) {
+        io.err << "kdxctl: " << error << "\n";
+        return 1;
+    }
+    MemorySession session(
+        ByteLinkIo{[&](std::span<const uint8_t> b, std::string& e) { return serial.write(b, e); },
+                   [&](std::vector<uint8_t>& o, int t, std::string& e) { return serial.read(o, t, e); }},
+        port);
+    auto fail = [&](const std::string& why) {
+        io.err << "kdxctl: " << why << "\n";
+        return 1;
+    };
+    if (!session.detectTarget(kListenMs, error)) return fail(error);
+    const bool qvane = session.targetIsQVane();
+    if (axis) {
+        if (!qvane) return fail("--axis needs a Q-Vane, but " + port + " is a KDX wired directly");
+        session.setAxis(*axis);
+        if (!session.sendAxisSelect(error)) return fail(error);
+    }
+    MemoryImage image{};
+    if (!session.readMemory(image, kReplyMs, kReadAttempts, error)) return fail(error);
+    // The backup holds the module's bytes as read, with the image checksum a saved
+    // configuration carries.
+    image[layout::ImageChecksum] = imageChecksum(image);
+
+    DriverConfig config;
+    config.image() = image;
+    try {
+        config.ImageToParams();
+    } catch (const HostError& e) {
+        return fail(port + ": the configuration read cannot be shown: " + e.what());
+    }
+    const auto rows = paramTable(config, !qvane);
+    io.out << (tsv ? paramTableTsv(rows) : paramTableText(rows, !qvane));
+
+    const std::string file = output.empty() ? defaultBackupName(!qvane) : output;
+    if (const auto box = saveConfigFile(file, image, !qvane)) return fail(file + ": " + box->prompt);
+    (tsv ? io.err : io.out) << "backup saved to " << file << "\n";
+    return 0;
+}
+
+} // namespace
+
+KDX_COMMAND("read", "reads a module's configuration, prints it and saves a backup file", kUsage, runRead);
+
+} // namespace kdx::cli

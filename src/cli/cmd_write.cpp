@@ -1,0 +1,132 @@
+// kdxctl write: writes a configuration file into a module and checks it by reading back.
+#include "cli/command.h"
+#include "cli/posix_serial.h"
+#include "config/config_file.h"
+#include "config/memory_session.h"
+#include "core/host_numeric.h"
+
+#include <optional>
+#include <ostream>
+
+namespace kdx::cli {
+
+namespace {
+
+constexpr int kListenMs = 1000;
+constexpr int kReplyMs = 1000;
+constexpr int kReadAttempts = 2;
+// A module may answer the write itself before it has stored everything; one more
+// read-back is taken before a difference counts.
+constexpr int kVerifyReads = 2;
+
+const char* const kUsage =
+    "usage: kdxctl write --port DEV [--axis tilt|roll|pan] [--motor 0|1] FILE\n"
+    "\n"
+    "Writes the memory image of a configuration file into the module on DEV byte for\n"
+    "byte, reads it back, and succeeds only if the module then holds exactly that.\n"
+    "A KDX wired directly takes a two-axis .kdx file (both motor blocks); the KDX of a\n"
+    "Q-Vane axis takes one motor block, from a .bls file or, with --motor, from either\n"
+    "motor of a .kdx file (default motor 0).\n"
+    "\n"
+    "  --port DEV   serial port, e.g. /dev/ttyUSB0\n"
+    "  --axis A     through a Q-Vane: select the axis first (default tilt)\n"
+    "  --motor M    through a Q-Vane with a two-axis file: which motor block to write\n"
+    "\n"
+    "example:\n"
+    "  kdxctl write --port /dev/ttyUSB0 --axis pan pan-axis.bls\n";
+
+int usageError(CommandIo& io, const std::string& what)
+{
+    io.err << "kdxctl write: " << what << " (try kdxctl write --help)\n";
+    return 2;
+}
+
+std::optional<int> parseAxis(const std::string& s)
+{
+    if (s == "tilt" || s == "0") return 0;
+    if (s == "roll" || s == "1") return 1;
+    if (s == "pan" || s == "2") return 2;
+    return std::nullopt;
+}
+
+int runWrite(const std::vector<std::string>& args, CommandIo& io)
+{
+    std::string port, file;
+    std::optional<int> axis;
+    int motor = 0;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& a = args[i];
+        if (a == "--port" || a == "--axis" || a == "--motor") {
+            if (i + 1 >= args.size()) return usageError(io, a + " needs a value");
+            const std::string& v = args[++i];
+            if (a == "--port") port = v;
+            else if (a == "--motor") {
+                if (v != "0" && v != "1") return usageError(io, "--motor is 0 or 1");
+                motor = v == "1";
+            } else if (!(axis = parseAxis(v))) return usageError(io, "unknown axis '" + v + "' (tilt, roll or pan)");
+        } else if (!a.empty() && a[0] == '-') {
+            return usageError(io, "unknown option '" + a + "'");
+        } else if (file.empty()) {
+            file = a;
+        } else {
+            return usageError(io, "one file only");
+        }
+    }
+    if (port.empty()) return usageError(io, "--port is required");
+    if (file.empty()) return usageError(io, "expected a configuration file");
+
+    auto fail = [&](const std::string& why) {
+        io.err << "kdxctl: " << why << "\n";
+        return 1;
+    };
+    const ConfigLoad load = loadConfigFile(file, false);
+    if (load.status == ConfigLoadStatus::Failed) return fail(file + ": " + load.box.prompt);
+
+    PosixSerial serial;
+    std::string error;
+    if (!serial.open(port, error)) return fail(error);
+    MemorySession session(
+        ByteLinkIo{[&](std::span<const uint8_t> b, std::string& e) { return serial.write(b, e); },
+                   [&](std::vector<uint8_t>& o, int t, std::string& e) { return serial.read(o, t, e); }},
+        port);
+    if (!session.detectTarget(kListenMs, error)) return fail(error);
+    const bool qvane = session.targetIsQVane();
+    if (axis) {
+        if (!qvane) return fail("--axis needs a Q-Vane, but " + port + " is a KDX wired directly");
+        session.setAxis(*axis);
+        if (!session.sendAxisSelect(error)) return fail(error);
+    }
+    if (!qvane && !load.twoAxis())
+        return fail(file + " holds one motor block; a KDX wired directly needs a two-axis .kdx file");
+
+    MemoryImage image{};
+    applyConfigLoad(load, image, qvane && motor == 1);
+    if (!session.writeMemory(image, error)) return fail(error);
+
+    const int count = session.transferredElements();
+    int firstDifference = -1;
+    MemoryImage back{};
+    for (int attempt = 0; attempt < kVerifyReads; ++attempt) {
+        if (!session.readMemory(back, kReplyMs, kReadAttempts, error)) return fail(error + " after the write");
+        firstDifference = -1;
+        for (int i = 0; i < count && firstDifference < 0; ++i)
+            if (lowByte(back[static_cast<std::size_t>(i)]) != lowByte(image[static_cast<std::size_t>(i)]))
+                firstDifference = i;
+        if (firstDifference < 0) break;
+    }
+    if (firstDifference >= 0) {
+        const auto i = static_cast<std::size_t>(firstDifference);
+        return fail(port + " holds different data after the write: byte " + std::to_string(firstDifference) +
+                    " is " + std::to_string(lowByte(back[i])) + ", expected " + std::to_string(lowByte(image[i])));
+    }
+    io.out << "wrote " << count << " bytes to " << port
+           << (qvane ? " (Q-Vane axis " + AxisName(session.axis()) + ")" : std::string(" (KDX)"))
+           << " and read them back\n";
+    return 0;
+}
+
+} // namespace
+
+KDX_COMMAND("write", "writes a configuration file into a module and verifies it", kUsage, runWrite);
+
+} // namespace kdx::cli

@@ -1,0 +1,97 @@
+#include "core/atomic_file.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace kdx {
+
+namespace {
+
+std::atomic<AtomicSaveFault> g_fault{AtomicSaveFault::None};
+
+bool failing(AtomicSaveFault step, int& err)
+{
+    if (g_fault.load() != step) return false;
+    err = step == AtomicSaveFault::Write ? ENOSPC : EIO;
+    return true;
+}
+
+std::string directoryOf(const std::string& path)
+{
+    const auto slash = path.find_last_of('/');
+    if (slash == std::string::npos) return ".";
+    if (slash == 0) return "/";
+    return path.substr(0, slash);
+}
+
+} // namespace
+
+void setAtomicSaveFaultForTests(AtomicSaveFault fault) { g_fault.store(fault); }
+
+bool saveFileAtomically(const std::string& path, std::span<const uint8_t> bytes, std::string& error)
+{
+    // The temporary name sits in the target's own folder, so the rename never crosses
+    // a file system and is atomic.
+    std::string tmp = path + ".XXXXXX";
+    int err = 0;
+    int fd = -1;
+    if (!failing(AtomicSaveFault::Create, err)) {
+        fd = ::mkstemp(tmp.data());
+        if (fd < 0) err = errno;
+    }
+    if (fd < 0) {
+        error = std::strerror(err);
+        return false;
+    }
+
+    auto fail = [&](int e) {
+        error = std::strerror(e);
+        if (fd >= 0) ::close(fd);
+        ::unlink(tmp.c_str());
+        return false;
+    };
+
+    // mkstemp creates the file 0600; a configuration file is an ordinary document.
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    struct stat st {};
+    const mode_t mode = ::stat(path.c_str(), &st) == 0 ? (st.st_mode & 07777) : (0666 & ~mask);
+    ::fchmod(fd, mode);
+
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        if (failing(AtomicSaveFault::Write, err)) return fail(err);
+        const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (n < 0) {
+            if (errno == EINTR) continue;
+            return fail(errno);
+        }
+        done += static_cast<std::size_t>(n);
+    }
+    if (failing(AtomicSaveFault::Sync, err)) return fail(err);
+    if (::fsync(fd) != 0) return fail(errno);
+    if (::close(fd) != 0) {
+        fd = -1;
+        return fail(errno);
+    }
+    fd = -1;
+    if (failing(AtomicSaveFault::Rename, err)) return fail(err);
+    if (::rename(tmp.c_str(), path.c_str()) != 0) return fail(errno);
+
+    // Make the rename itself durable; a failure here does not undo the save.
+    const int dfd = ::open(directoryOf(path).c_str(), O_RDONLY | O_DIRECTORY);
+    if (dfd >= 0) {
+        ::fsync(dfd);
+        ::close(dfd);
+    }
+    return true;
+}
+
+} // namespace kdx

@@ -1,0 +1,21 @@
+#pragma once
+// Replacing a file the user keeps without ever leaving it half written: the bytes go to a
+// temporary file beside the target, are flushed to the disk, and the temporary file is
+// then renamed over the target. An interrupted save leaves the previous copy intact.
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace kdx {
+
+// Writes `bytes` to `path` atomically. On failure returns false, leaves any existing
+// file at `path` untouched, removes the temporary file, and puts the reason into
+// `error` (the operating system's description, e.g. "Permission denied").
+bool saveFileAtomically(const std::string& path, std::span<const uint8_t> bytes, std::string& error);
+
+// Test seam: makes the next saves fail at one step, as a full disk or a lost mount
+// would. Reset with AtomicSaveFault::None.
+enum class AtomicSaveFault { None, Create, Write, Sync, Rename };
+void setAtomicSaveFaultForTests(AtomicSaveFault fault);
+
+} // namespace kdx
