@@ -6,9 +6,12 @@
 #include "platform/qt_dialogs.h"
 #include "platform/qt_key_state.h"
 #include "platform/qt_serial_port.h"
+#include "sim/qt_sim_port.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+
+#include <cstdio>
 
 int main(int argc, char** argv)
 {
@@ -22,12 +25,28 @@ int main(int argc, char** argv)
     parser.addVersionOption();
     QCommandLineOption portOption("port", "Add PATH to the port list and select it, e.g. --port /dev/ttyUSB0.", "PATH");
     parser.addOption(portOption);
+    QCommandLineOption simulateOption(
+        "simulate", "Connect to the built-in simulated module: a KDX, or with =qvane a Q-Vane with three KDX axes.",
+        "qvane");
+    parser.addOption(simulateOption);
     parser.addPositionalArgument("FILE", "A configuration (.kdx) or tuning (.btf) file to open.");
-    parser.process(app);
+    // --simulate takes an optional value; Qt's parser wants one, so a bare flag is
+    // rewritten before parsing.
+    QStringList args = app.arguments();
+    for (QString& a : args)
+        if (a == "--simulate" || a == "-simulate") a = "--simulate=kdx";
+    parser.process(args);
+    const QString simulate = parser.value(simulateOption);
+    if (!simulate.isEmpty() && simulate != "kdx" && simulate != "qvane") {
+        std::fprintf(stderr, "kdxtool: --simulate takes no value or =qvane\n");
+        return 2;
+    }
 
-    kdx::QtSerialPort port;
+    kdx::QtSerialPort realPort;
     const QString portPath = parser.value(portOption);
-    if (!portPath.isEmpty()) port.addExtraPort(portPath.toStdString());
+    if (!portPath.isEmpty()) realPort.addExtraPort(portPath.toStdString());
+    // The simulated module is listed beside the real ports and selected like one.
+    kdx::QtSimPort port(&realPort);
     kdx::QtDialogs dialogs;
     kdx::QtKeyState keys;
 
@@ -43,7 +62,10 @@ int main(int argc, char** argv)
     dialogs.setParent(&mainWindow);
 
     comms.Form_Load();
-    if (!portPath.isEmpty()) comms.selectPortByName(portPath.toStdString());
+    if (!simulate.isEmpty())
+        comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
+    else if (!portPath.isEmpty())
+        comms.selectPortByName(portPath.toStdString());
     mainWindow.Form_Load();
     mainWindow.show();
     comms.show();
