@@ -1,0 +1,97 @@
+#include "tuning/graph_win_model.h"
+
+#include "core/atomic_file.h"
+#include "tuning/tuning_texts.h"
+
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+namespace kdx {
+
+GraphWinModel::GraphWinModel(GraphCanvas& canvas, GainStore& store, Dialogs& dialogs,
+                             const KeyState& keys)
+    : dialogs_(dialogs), renderer_(traces_, canvas), capture_(traces_, renderer_),
+      gains_(store, dialogs, keys)
+{
+    capture_.Form_Load();
+}
+
+void GraphWinModel::PutSample(int32_t Motor, double RateValue, float ErrorValue)
+{
+    capture_.PutSample(Motor, RateValue, ErrorValue);
+}
+
+void GraphWinModel::PutCommsJustWentBad(bool mainDataModified)
+{
+    if (!mainDataModified && !gains_.GetDataModified()) return;
+    dialogs_.MsgBox(std::string(tuning_text::DisconnectedText), box::Critical,
+                    std::string(tuning_text::DisconnectedTitle));
+}
+
+void GraphWinModel::MotorSelcb_Click(int index)
+{
+    if (gains_.MotorSelcb_Click(index)) capture_.setSelectedMotor(gains_.MotorIndex());
+}
+
+FileDialogRequest GraphWinModel::traceFileRequest()
+{
+    FileDialogRequest r;
+    r.filter = std::string(tuning_text::FileFilter);
+    r.filterIndex = 1;
+    r.defaultExt = std::string(tuning_text::FileDefaultExt);
+    return r;
+}
+
+std::string GraphWinModel::traceFileText() const
+{
+    return tuningFileText(traces_, traces_.lastCapturedIndex(capture_.SweepStartPending()),
+                          gains_.values());
+}
+
+void GraphWinModel::SaveTracecb_Click()
+{
+    const std::optional<std::string> path = dialogs_.SaveFile(traceFileRequest());
+    if (!path || path->empty()) return;
+    SaveTraceFile(*path);
+}
+
+bool GraphWinModel::SaveTraceFile(const std::string& path)
+{
+    const std::string text = traceFileText();
+    std::string error;
+    const auto* data = reinterpret_cast<const uint8_t*>(text.data());
+    if (saveFileAtomically(path, std::span<const uint8_t>(data, text.size()), error)) return true;
+    dialogs_.MsgBox(std::string(tuning_text::WriteErrorText) + error, box::OkOnly,
+                    std::string(tuning_text::WriteErrorTitle));
+    return false;
+}
+
+void GraphWinModel::LoadTracecb_Click()
+{
+    const std::optional<std::string> path = dialogs_.OpenFile(traceFileRequest());
+    if (!path || path->empty()) return;
+    LoadTraceFile(*path);
+}
+
+bool GraphWinModel::LoadTraceFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    if (!in) return false;
+    const std::vector<uint8_t> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    if (in.bad()) return false;
+    LoadTraceBytes(bytes);
+    return true;
+}
+
+TuningFileLoad GraphWinModel::LoadTraceBytes(std::span<const uint8_t> bytes)
+{
+    const TuningFileLoad r = readTuningFile(bytes, traces_, [this] { capture_.StopForLoad(); });
+    if (!r.headerRead) return r;
+    if (r.gains) gains_.StoreMemory(0, *r.gains);
+    capture_.ShowLoaded(r.lastIndex());
+    gains_.RefreshDisplay();
+    return r;
+}
+
+} // namespace kdx
