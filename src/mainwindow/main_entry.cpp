@@ -10,6 +10,7 @@
 #include "platform/dialogs.h"
 #include "platform/key_state.h"
 #include "platform/qt_guard.h"
+#include "tuning/gain_message.h"
 
 #include <QCheckBox>
 #include <QGroupBox>
@@ -95,6 +96,12 @@ void MainEntry::Form_Load()
 void MainEntry::SendMessage()
 {
     if (ws_.comms) ws_.comms->SendMessage(OutMsg);
+}
+
+void MainEntry::SendPID(float P, float I, float IA, float D, float G, float V1, float V2, int MotorIndex)
+{
+    buildGainMsg(OutMsg, P, I, IA, D, G, V1, V2, MotorIndex, GainMsgRoute{TargetIsQVane, QVaneAxis});
+    SendMessage();
 }
 
 void MainEntry::PutMessageReceived(bool good)

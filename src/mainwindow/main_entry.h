@@ -8,6 +8,7 @@
 #include "link/frame.h"
 #include "link/message_sink.h"
 #include "mainwindow/workspace.h"
+#include "tuning/gain_store.h"
 
 #include <QMainWindow>
 
@@ -44,6 +45,10 @@ public:
 
     // Sends the shared outgoing buffer through the link.
     void SendMessage();
+    // The gain message of the tuning window, direct or relayed by the target mode.
+    void SendPID(float P, float I, float IA, float D, float G, float V1, float V2, int MotorIndex);
+    // The gain accessors as the tuning window's gain panel uses them.
+    GainStore& gainStore() { return gainStore_; }
 
     // Configuration.
     DriverConfig& config() { return config_; }
@@ -114,8 +119,33 @@ private:
     void ShowVersion(int major, int minor);
     void ShowQVaneAxis(int axis);
 
+    // Forwards the gain panel's accessors to the configuration.
+    class ConfigGains : public GainStore {
+    public:
+        explicit ConfigGains(DriverConfig& c) : c_(c) {}
+        float GetP(int m) const override { return c_.GetP(m); }
+        float GetI(int m) const override { return c_.GetI(m); }
+        float GetIA(int m) const override { return c_.GetIA(m); }
+        float GetD(int m) const override { return c_.GetD(m); }
+        float GetV1(int m) const override { return c_.GetV1(m); }
+        float GetV2(int m) const override { return c_.GetV2(m); }
+        float GetG(int m) const override { return c_.GetG(m); }
+        void PutP(float v, int m) override { c_.PutP(v, m); }
+        void PutI(float v, int m) override { c_.PutI(v, m); }
+        void PutIA(float v, int m) override { c_.PutIA(v, m); }
+        void PutD(float v, int m) override { c_.PutD(v, m); }
+        void PutV1(float v, int m) override { c_.PutV1(v, m); }
+        void PutV2(float v, int m) override { c_.PutV2(v, m); }
+        void PutG(float v, int m) override { c_.PutG(v, m); }
+        bool GetGainsHaveBeenLoaded() const override { return c_.GetGainsHaveBeenLoaded(); }
+
+    private:
+        DriverConfig& c_;
+    };
+
     Workspace& ws_;
     DriverConfig config_;
+    ConfigGains gainStore_{config_};
     int shownMajor_ = -1, shownMinor_ = -1;
     int LastQVaneAxis = -1;
 };
