@@ -126,8 +126,6 @@ void MainEntry::CommsQualityTmr_Timer()
     GoodMsgCount = 0;
 }
 
-void MainEntry::PutCyclicMsg(const MsgView&) {}
-void MainEntry::PutCyclicQvaneMsg(const MsgView&) {}
 
 // ---- memory transfer ----------------------------------------------------------------
 

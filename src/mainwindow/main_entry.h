@@ -7,6 +7,9 @@
 #include "config/param_label.h"
 #include "link/frame.h"
 #include "link/message_sink.h"
+#include "telemetry/changed_only.h"
+#include "telemetry/cyclic_telemetry.h"
+#include "telemetry/live_captions.h"
 #include "mainwindow/workspace.h"
 #include "tuning/gain_store.h"
 
@@ -72,6 +75,8 @@ public:
     void ParamLabel_Click(ParamLabel label, int index);
     void KDXAxisSelcb_Click(int index);
     void TgtSelcb_Click(int index);
+    // Brings up the working windows (first telemetry, or Shift+click on the wait logo).
+    void SetDisplayVisible();
 
     // State.
     bool TargetIsQVane = false;
@@ -81,6 +86,9 @@ public:
     float CommsQuality = 0;
     OutMsgBuffer OutMsg{};
     std::string shortFileName; // the last configuration file, after the last "/"
+    CyclicTelemetry live;      // the live values, in display units
+    bool TelemetrySeen = false;
+    bool DisplayVisible = false;
 
     // Controls.
     QLabel* CommsQualitylb = nullptr;
@@ -99,6 +107,13 @@ public:
     ClickLabel* DebIDtb = nullptr;
     ClickLabel* Voltagetb = nullptr;
     QLabel* Versiontb = nullptr;
+    // Live values, per motor.
+    std::array<QLabel*, 2> ElecAngletb{}, AxisRatetb{}, AxisErrortb{}, AxisPtb{}, AxisItb{}, AxisDtb{},
+        ExtGaintb{}, AxisPowertb{}, AxisAngletb{};
+    std::array<QPushButton*, 2> TestDrivecb{};
+    QLabel* Switchtb = nullptr;
+    QGroupBox* ButtonFr = nullptr;
+    std::array<QPushButton*, 3> Validitiescb{};
     std::array<QRadioButton*, 2> TgtSelcb{};
     QGroupBox* QVaneConnectFr = nullptr;
     std::array<QPushButton*, 3> KDXAxisSelcb{};
@@ -118,7 +133,15 @@ private:
     void loadConfigFrom(const std::string& path);
     void ShowVersion(int major, int minor);
     void ShowQVaneAxis(int axis);
+    void SetTargetIsQVane(bool value);
+    void ShowLiveValues();
+    void showMotorOnePanels(bool visible);
+    void afterCyclic();
+    void buildLiveValues(int motor, QGroupBox* frame);
 
+    LiveCaptions captions_;
+    ChangedOnly<bool> shownSelectedValid_;
+    std::array<ChangedOnly<bool>, 3> shownValid_;
     // Forwards the gain panel's accessors to the configuration.
     class ConfigGains : public GainStore {
     public:

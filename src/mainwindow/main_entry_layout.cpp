@@ -135,6 +135,7 @@ void MainEntry::buildControls()
         auto* values = new QGroupBox(QString("Motor %1 Current Values").arg(m + 1), central);
         values->setObjectName(QString("MotorValuesfr%1").arg(m));
         new QVBoxLayout(values);
+        buildLiveValues(m, values);
         MotorValuesfr[static_cast<std::size_t>(m)] = values;
         motors->addWidget(values);
     }
@@ -162,6 +163,24 @@ void MainEntry::buildControls()
                        static_cast<QWidget*>(MemReqtb)})
         transfer->addWidget(w);
     transfer->addStretch(1);
+
+    ButtonFr = new QGroupBox("Switch", central);
+    ButtonFr->setObjectName("ButtonFr");
+    auto* switchLayout = new QHBoxLayout(ButtonFr);
+    Switchtb = new QLabel(ButtonFr);
+    Switchtb->setObjectName("Switchtb");
+    switchLayout->addWidget(Switchtb);
+    ButtonFr->setVisible(false);
+    transfer->addWidget(ButtonFr);
+    const char* inputs[3] = {"PPM", "Spektrum", "SBUS"};
+    for (int i = 0; i < 3; ++i) {
+        auto* b = new QPushButton(inputs[i], central);
+        b->setObjectName(QString("Validitiescb%1").arg(i));
+        b->setToolTip(QString("Validity of the %1 command input, as the Q-Vane reports it").arg(inputs[i]));
+        b->setFocusPolicy(Qt::NoFocus);
+        Validitiescb[static_cast<std::size_t>(i)] = b;
+        transfer->addWidget(b);
+    }
 
     Voltagetb = new ClickLabel(central);
     Voltagetb->setObjectName("Voltagetb");
