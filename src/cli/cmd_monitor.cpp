@@ -1,0 +1,233 @@
+// kdxctl monitor: the telemetry log lines of a live module (or of the simulated one) on
+// standard output, as they arrive.
+#include "cli/command.h"
+#include "cli/posix_serial.h"
+#include "link/frame.h"
+#include "link/message_ids.h"
+#include "link/receiver.h"
+#include "sim/simulator.h"
+#include "telemetry/telemetry_log_stream.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <csignal>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace kdx::cli {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
+
+constexpr int kPollMs = 100;            // longest wait for bytes before checking the clock
+constexpr double kSimTick = 0.01;       // the simulated module is advanced 100 times a second
+constexpr double kProbeInterval = 1.0;  // asks a Q-Vane for its Tilt axis until telemetry comes
+
+const char* const kUsage =
+    "usage: kdxctl monitor --port DEV | --simulate[=qvane] [--seconds S]\n"
+    "\n"
+    "Prints the telemetry log of a live module on standard output as it arrives: the\n"
+    "header once the first cyclic message shows the mode, then one line per message,\n"
+    "exactly as the Data Logging window writes them. Until telemetry arrives it asks a\n"
+    "Q-Vane for its Tilt axis once a second, as the program does while it waits.\n"
+    "--simulate runs the built-in simulated KDX (or Q-Vane) in real time instead of a port.\n"
+    "Stops after S seconds or on Ctrl-C; the counts go to standard error. Fails when no\n"
+    "telemetry arrived at all.\n"
+    "\n"
+    "example: kdxctl monitor --port /dev/ttyUSB0 --seconds 10 > run.csv\n";
+
+volatile std::sig_atomic_t g_interrupted = 0;
+
+extern "C" void onInterrupt(int) { g_interrupted = 1; }
+
+// Where bytes come from: a serial line or the simulated module.
+class Source {
+public:
+    virtual ~Source() = default;
+    // Waits up to timeoutMs and appends what arrived; false with a reason on failure.
+    virtual bool poll(std::vector<uint8_t>& bytes, int timeoutMs, std::string& error) = 0;
+    virtual bool send(std::span<const uint8_t> bytes, std::string& error) = 0;
+};
+
+class PortSource : public Source {
+public:
+    bool open(const std::string& path, std::string& error) { return port_.open(path, error); }
+    bool poll(std::vector<uint8_t>& bytes, int timeoutMs, std::string& error) override
+    {
+        return port_.read(bytes, timeoutMs, error);
+    }
+    bool send(std::span<const uint8_t> bytes, std::string& error) override { return port_.write(bytes, error); }
+
+private:
+    PosixSerial port_;
+};
+
+// The simulated module, advanced by wall-clock time in 10 ms steps.
+class SimSource : public Source {
+public:
+    explicit SimSource(bool qvane) : sim_(makeOptions(qvane)), last_(Clock::now()) {}
+
+    bool poll(std::vector<uint8_t>& bytes, int timeoutMs, std::string&) override
+    {
+        const auto wake = std::min(last_ + std::chrono::duration_cast<Clock::duration>(Seconds(kSimTick)),
+                                   Clock::now() + std::chrono::milliseconds(timeoutMs));
+        std::this_thread::sleep_until(wake);
+        const auto now = Clock::now();
+        sim_.advance(Seconds(now - last_).count(), bytes);
+        last_ = now;
+        return true;
+    }
+    bool send(std::span<const uint8_t> bytes, std::string&) override
+    {
+        sim_.consume(bytes);
+        return true;
+    }
+
+private:
+    static sim::SimOptions makeOptions(bool qvane)
+    {
+        sim::SimOptions o;
+        o.qvane = qvane;
+        return o;
+    }
+    sim::Simulator sim_;
+    Clock::time_point last_;
+};
+
+struct Options {
+    std::string port;
+    bool simulate = false;
+    bool qvane = false;
+    double seconds = 0; // 0: until interrupted
+};
+
+// Parses the options; returns false after printing the usage error.
+bool parse(const std::vector<std::string>& args, Options& o, std::ostream& err)
+{
+    auto usageError = [&](const std::string& what) {
+        err << "kdxctl: monitor: " << what << "\n" << kUsage;
+        return false;
+    };
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        std::string a = args[i];
+        std::string value;
+        bool hasValue = false;
+        if (const auto eq = a.find('='); a.rfind("--", 0) == 0 && eq != std::string::npos) {
+            value = a.substr(eq + 1);
+            a.resize(eq);
+            hasValue = true;
+        }
+        if (a == "--simulate") {
+            if (hasValue && value != "qvane") return usageError("--simulate takes only '=qvane'");
+            o.simulate = true;
+            o.qvane = hasValue;
+            continue;
+        }
+        if (a == "--port" || a == "--seconds") {
+            if (!hasValue) {
+                if (i + 1 >= args.size()) return usageError(a + " needs a value");
+                value = args[++i];
+            }
+            if (a == "--port") {
+                o.port = value;
+            } else {
+                char* end = nullptr;
+                o.seconds = std::strtod(value.c_str(), &end);
+                if (value.empty() || *end != '\0' || !(o.seconds > 0) || !std::isfinite(o.seconds))
+                    return usageError("--seconds needs a positive number");
+            }
+            continue;
+        }
+        return usageError("unexpected argument '" + args[i] + "'");
+    }
+    if (o.simulate == !o.port.empty()) return usageError("give either --port DEV or --simulate");
+    return true;
+}
+
+int runMonitor(const std::vector<std::string>& args, CommandIo& io)
+{
+    Options o;
+    if (!parse(args, o, io.err)) return 2;
+
+    std::unique_ptr<Source> source;
+    std::string error;
+    if (o.simulate) {
+        source = std::make_unique<SimSource>(o.qvane);
+    } else {
+        auto port = std::make_unique<PortSource>();
+        if (!port->open(o.port, error)) {
+            io.err << "kdxctl: monitor: " << error << "\n";
+            return 1;
+        }
+        source = std::move(port);
+    }
+
+    TelemetryLogStream log;
+    Receiver rx(&log);
+    const std::vector<uint8_t> selectTilt = buildFrame(msg::SelectAxisBase + 0, {});
+    std::vector<uint8_t> bytes;
+    uint64_t total = 0;
+    int rc = 0;
+
+    g_interrupted = 0;
+    const auto previous = std::signal(SIGINT, onInterrupt);
+    const auto start = Clock::now();
+    double nextProbe = kProbeInterval;
+    for (;;) {
+        if (g_interrupted) break;
+        const double elapsed = Seconds(Clock::now() - start).count();
+        if (o.seconds > 0 && elapsed >= o.seconds) break;
+        if (!log.headerWritten() && elapsed >= nextProbe) {
+            if (!source->send(selectTilt, error)) {
+                io.err << "kdxctl: monitor: " << error << "\n";
+                rc = 1;
+                break;
+            }
+            nextProbe += kProbeInterval;
+        }
+        int timeoutMs = kPollMs;
+        if (o.seconds > 0)
+            timeoutMs = static_cast<int>(std::clamp((o.seconds - elapsed) * 1000.0 + 1.0, 1.0, double(kPollMs)));
+        bytes.clear();
+        if (!source->poll(bytes, timeoutMs, error)) {
+            if (g_interrupted) break;
+            io.err << "kdxctl: monitor: " << error << "\n";
+            rc = 1;
+            break;
+        }
+        total += bytes.size();
+        rx.receiveBytes(bytes);
+        if (!log.text().empty()) {
+            io.out.write(log.text().data(), static_cast<std::streamsize>(log.text().size()));
+            io.out.flush();
+            log.text().clear();
+            if (!io.out) {
+                io.err << "kdxctl: monitor: cannot write to standard output\n";
+                rc = 1;
+                break;
+            }
+        }
+    }
+    std::signal(SIGINT, previous == SIG_ERR ? SIG_DFL : previous);
+
+    io.err << "monitor: bytes " << total << ", good messages " << rx.goodMessages << ", bad messages "
+           << rx.badMessages << ", log lines " << log.lines() << "\n";
+    if (rc == 0 && !log.headerWritten()) {
+        io.err << "kdxctl: monitor: no cyclic telemetry received\n";
+        rc = 1;
+    }
+    return rc;
+}
+
+} // namespace
+
+KDX_COMMAND("monitor", "prints live telemetry lines from a module or the simulated one", kUsage, runMonitor);
+
+} // namespace kdx::cli
