@@ -91,13 +91,13 @@ int runWrite(const std::vector<std::string>& args, CommandIo& io)
         port);
     if (!session.detectTarget(kListenMs, error)) return fail(error);
     const bool qvane = session.targetIsQVane();
+    if (!qvane && !load.twoAxis())
+        return fail(file + " holds one motor block; a KDX wired directly needs a two-axis .kdx file");
     if (axis) {
         if (!qvane) return fail("--axis needs a Q-Vane, but " + port + " is a KDX wired directly");
         session.setAxis(*axis);
         if (!session.sendAxisSelect(error)) return fail(error);
     }
-    if (!qvane && !load.twoAxis())
-        return fail(file + " holds one motor block; a KDX wired directly needs a two-axis .kdx file");
 
     MemoryImage image{};
     applyConfigLoad(load, image, qvane && motor == 1);

@@ -27,6 +27,8 @@ struct ParamSet {
     std::array<float, 2> DriveRatio{};       // 3 means 3:1; 0 when the image holds 0
     std::array<float, 2> RecoveryAngle{};    // degrees, 0 disables recovery
     std::array<float, 2> FixedPosTrim{};     // degrees
+
+    bool operator==(const ParamSet&) const = default;
 };
 
 } // namespace kdx

@@ -1,0 +1,162 @@
+// kdxctl show, read and write; read and write end to end over a real pseudo-terminal
+// against a scripted module.
+#include "cli/command.h"
+#include "config/config_file.h"
+#include "scripted_module.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+using namespace kdx;
+using namespace kdx::test;
+
+namespace {
+
+struct Result {
+    int code;
+    std::string out, err;
+};
+
+Result kdxctl(const std::vector<std::string>& args)
+{
+    std::ostringstream out, err;
+    cli::CommandIo io{out, err};
+    const int code = cli::runKdxctl(args, io);
+    return {code, out.str(), err.str()};
+}
+
+std::string data(const char* name) { return std::string(KDX_TEST_DATA) + "/" + name; }
+
+std::string readText(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+// n bytes of the sample configuration (config_sample.kdx) from element `from`.
+std::vector<uint8_t> sample(int n = 60, int from = 0)
+{
+    const ConfigLoad load = loadConfigFile(data("config_sample.kdx"), false);
+    return std::vector<uint8_t>(load.values.begin() + from, load.values.begin() + from + n);
+}
+
+struct TempDir {
+    std::filesystem::path path = std::filesystem::temp_directory_path() / ("kdx-cli-" + std::to_string(::getpid()));
+    TempDir() { std::filesystem::create_directories(path); }
+    ~TempDir() { std::filesystem::remove_all(path); }
+};
+
+} // namespace
+
+TEST(KdxctlShow, PrintsWhatTheMainWindowShows)
+{
+    for (auto [file, tsv] : {std::pair{"config_sample.kdx", "config_sample.tsv"},
+                             {"config_sample_lowercase.kdx", "config_sample.tsv"},
+                             {"config_sample.bls", "config_sample_bls.tsv"}}) {
+        const Result r = kdxctl({"show", "--tsv", data(file)});
+        EXPECT_EQ(r.code, 0) << file << r.err;
+        EXPECT_EQ(r.out, readText(data(tsv))) << file;
+    }
+    // The readable table: values right-aligned under their headings.
+    const std::string table = kdxctl({"show", data("config_sample.kdx")}).out;
+    const std::string ratio = table.substr(table.find("DriveRatio"));
+    EXPECT_EQ(ratio.find("3.0:1") + 5, table.find("Motor 1") + 7) << table;
+    EXPECT_EQ(kdxctl({"show", data("config_sample.bls")}).out.find("Motor 1"), std::string::npos);
+}
+
+TEST(KdxctlRead, DirectKdxGivesTheTableAndATwoAxisBackup)
+{
+    ScriptedModule module({.shortReplies = 1}); // a short reply is not taken: it asks again
+    module.setMemory(sample());
+    TempDir dir;
+    const std::string backup = (dir.path / "before.kdx").string();
+    const Result r = kdxctl({"read", "--port", module.path(), "-o", backup, "--tsv"});
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.out, readText(data("config_sample.tsv")));
+    // The module's bytes and the image checksum; elements 61 .. 63 are never read.
+    EXPECT_EQ(readText(backup), readText(data("config_sample.kdx")).replace(36 * 4 + 27, 6, "000000"));
+    EXPECT_EQ(module.received(), (std::vector<std::vector<uint8_t>>{{3, 112}, {3, 112}}));
+}
+
+TEST(KdxctlRead, QVaneAxisIsSelectedFirstAndGivesASingleAxisBackup)
+{
+    ScriptedModule module({.qvane = true});
+    module.setMemory(sample(30), 1);
+    TempDir dir;
+    const auto cwd = std::filesystem::current_path();
+    std::filesystem::current_path(dir.path); // the default backup name lands here
+    const Result r = kdxctl({"read", "--port", module.path(), "--axis", "roll", "--tsv"});
+    std::filesystem::current_path(cwd);
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.out, readText(data("config_sample_bls.tsv")));
+    EXPECT_EQ(module.received(), (std::vector<std::vector<uint8_t>>{{3, 132}, {4, 130, 129}}));
+    const std::vector<std::filesystem::path> files(std::filesystem::directory_iterator(dir.path), {});
+    ASSERT_EQ(files.size(), 1u);
+    EXPECT_EQ(files[0].filename().string().rfind("kdx-backup-", 0), 0u);
+    EXPECT_EQ(files[0].extension(), ".bls");
+    const ConfigLoad back = loadConfigFile(files[0].string(), true);
+    EXPECT_EQ(std::vector<uint8_t>(back.values.begin(), back.values.begin() + 30), sample(30));
+}
+
+TEST(KdxctlWrite, WritesTheFileAndChecksItByReadingBack)
+{
+    const std::tuple<ModuleOptions, std::vector<std::string>, int, std::vector<uint8_t>> cases[] = {
+        {{}, {data("config_sample.kdx")}, 0, sample()},
+        {{.answerWrites = true}, {data("config_sample.kdx")}, 0, sample()},
+        {{.qvane = true}, {"--axis", "pan", data("config_sample.bls")}, 2, sample(30)},
+        {{.qvane = true}, {"--motor", "1", data("config_sample.kdx")}, 0, sample(30, 30)},
+    };
+    for (const auto& [options, extra, written, want] : cases) {
+        ScriptedModule module(options);
+        std::vector<std::string> args{"write", "--port", module.path()};
+        args.insert(args.end(), extra.begin(), extra.end());
+        const Result r = kdxctl(args);
+        EXPECT_EQ(r.code, 0) << extra.back() << ": " << r.err;
+        for (int axis = 0; axis < (options.qvane ? 3 : 1); ++axis)
+            EXPECT_EQ(module.memory(axis), axis == written ? want : std::vector<uint8_t>(30, 0)) << extra.back();
+    }
+}
+
+TEST(KdxctlConfigCommands, FailuresAreOneClearLine)
+{
+    const std::string bls = data("config_sample.bls");
+    const std::tuple<ModuleOptions, std::vector<std::string>, int, std::string> cases[] = { // "%p": the port
+        {{.telemetry = false}, {"read"}, 1, "kdxctl: no telemetry from %p within 1 s\n"},
+        {{.answerReads = false}, {"read"}, 1, "kdxctl: no memory contents from %p within 1 s (asked 2 times)\n"},
+        {{.storeWrites = false}, {"write", data("config_sample.kdx")}, 1,
+         "kdxctl: %p holds different data after the write: byte 0 is 0, expected 7\n"},
+        {{}, {"read", "--axis", "pan"}, 1, "kdxctl: --axis needs a Q-Vane, but %p is a KDX wired directly\n"},
+        {{}, {"write", bls}, 1, "kdxctl: " + bls + " holds one motor block; a KDX wired directly needs a two-axis .kdx file\n"},
+        {{}, {"read", "--axis", "yaw"}, 2, "kdxctl read: unknown axis 'yaw' (tilt, roll or pan) (try kdxctl read --help)\n"},
+        {{}, {"write"}, 2, "kdxctl write: expected a configuration file (try kdxctl write --help)\n"},
+    };
+    for (const auto& [options, args, code, says] : cases) {
+        ScriptedModule module(options);
+        std::vector<std::string> argv{args[0], "--port", module.path()};
+        argv.insert(argv.end(), args.begin() + 1, args.end());
+        const Result r = kdxctl(argv);
+        std::string want = says;
+        if (const auto at = want.find("%p"); at != std::string::npos) want.replace(at, 2, module.path());
+        EXPECT_EQ(r.code, code) << want;
+        EXPECT_EQ(r.err, want);
+        EXPECT_TRUE(code != 2 || module.received().empty()) << "nothing is sent on a usage error";
+    }
+    const std::tuple<std::vector<std::string>, int, std::string> offline[] = {
+        {{"read", "--port", "/dev/kdx-none"}, 1, "kdxctl: cannot open /dev/kdx-none: No such file or directory\n"},
+        {{"write", "--port", bls, bls}, 1, "kdxctl: " + bls + " is not a serial port: Inappropriate ioctl for device\n"},
+        {{"show", data("nothing.kdx")}, 1, "kdxctl: " + data("nothing.kdx") + ": Error opening config file: No such file or directory\n"},
+        {{"show", data("config_sample.tsv")}, 1, "kdxctl: " + data("config_sample.tsv") + ": Invalid data format on input line 1\n"},
+        {{"show"}, 2, "kdxctl show: expected a configuration file (try kdxctl show --help)\n"},
+    };
+    for (const auto& [args, code, says] : offline) {
+        const Result r = kdxctl(args);
+        EXPECT_EQ(r.code, code) << says;
+        EXPECT_EQ(r.err, says);
+    }
+    for (const char* cmd : {"show", "read", "write"})
+        EXPECT_NE(kdxctl({cmd, "--help"}).out.find("example:\n  kdxctl "), std::string::npos) << cmd;
+}
