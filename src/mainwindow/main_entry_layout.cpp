@@ -2,6 +2,7 @@
 #include "config/param_label.h"
 #include "mainwindow/click_label.h"
 #include "mainwindow/main_entry.h"
+#include "link/comms_link_window.h"
 #include "platform/qt_guard.h"
 
 #include <QAction>
@@ -229,6 +230,16 @@ void MainEntry::buildMenus()
     mnuExit = file->addAction("E&xit", this, [this] { close(); });
     mnuExit->setObjectName("mnuExit");
     mnuExit->setShortcut(QKeySequence::Quit);
+
+    QMenu* window = menuBar()->addMenu("&Window");
+    window->setObjectName("mnuWindow");
+    QAction* comms = window->addAction("&Comms Link", this, [this] {
+        if (ws_.comms) {
+            ws_.comms->show();
+            ws_.comms->raise();
+        }
+    });
+    comms->setObjectName("mnuCommsLink");
 }
 
 } // namespace kdx
