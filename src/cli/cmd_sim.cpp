@@ -71,11 +71,8 @@ int servePty(const sim::SimOptions& options, CommandIo& io)
         io.err << "kdxctl sim: " << error << "\n";
         return 1;
     }
-    io.out << bridge.devicePath() << std::endl;
-    io.err << "kdxctl sim: a simulated " << (options.qvane ? "Q-Vane" : "KDX") << " is on "
-           << bridge.devicePath() << "; Ctrl+C stops it\n";
-
-    // No SA_RESTART: the signal must wake the bridge's wait.
+    // The handlers go in before the path is printed: whoever reads the path may stop
+    // the simulation at once. No SA_RESTART: the signal must wake the bridge's wait.
     struct sigaction action {};
     action.sa_handler = onStopSignal;
     sigemptyset(&action.sa_mask);
@@ -83,6 +80,10 @@ int servePty(const sim::SimOptions& options, CommandIo& io)
     g_stop = 0;
     sigaction(SIGINT, &action, &oldInt);
     sigaction(SIGTERM, &action, &oldTerm);
+
+    io.out << bridge.devicePath() << std::endl;
+    io.err << "kdxctl sim: a simulated " << (options.qvane ? "Q-Vane" : "KDX") << " is on "
+           << bridge.devicePath() << "; Ctrl+C stops it\n";
 
     sim::Simulator simulator(options);
     const bool ok = bridge.serve(simulator, [] { return g_stop != 0; }, error);
