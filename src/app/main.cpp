@@ -7,6 +7,7 @@
 #include "platform/qt_key_state.h"
 #include "platform/qt_serial_port.h"
 #include "sim/qt_sim_port.h"
+#include "windows/pup_wait.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -61,14 +62,28 @@ int main(int argc, char** argv)
     comms.setMessageSink(&mainWindow);
     dialogs.setParent(&mainWindow);
 
+    kdx::PUPWait wait(ws);
+    ws.wait = &wait;
+    mainWindow.unloadAll = [&] {
+        wait.unload();
+        comms.unload();
+    };
+
     comms.Form_Load();
     if (!simulate.isEmpty())
         comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
     else if (!portPath.isEmpty())
         comms.selectPortByName(portPath.toStdString());
     mainWindow.Form_Load();
-    mainWindow.show();
-    comms.show();
+    // The working windows stay hidden until a module is heard (or Shift+click on the logo).
+    wait.show();
+    wait.InputSwitchTimer->start();
+    const QStringList files = parser.positionalArguments();
+    if (!files.isEmpty()) {
+        QString path = files.first();
+        if (!(path.startsWith('"') && path.endsWith('"') && path.size() >= 2)) path = '"' + path + '"';
+        mainWindow.handleCommandLine(path.toStdString());
+    }
     const int rc = app.exec();
     comms.unload();
     return rc;

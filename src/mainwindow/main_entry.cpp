@@ -13,6 +13,7 @@
 #include "tuning/gain_message.h"
 
 #include <QCheckBox>
+#include <QCloseEvent>
 #include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
@@ -284,6 +285,56 @@ void MainEntry::Voltagetb_Click()
 {
     if (!ws_.keys || !ws_.keys->shiftDown()) return;
     DebugIDFr->setVisible(true);
+}
+
+// ---- start-up and quit --------------------------------------------------------------
+
+void MainEntry::handleCommandLine(const std::string& commandLine)
+{
+    StartupFileLoaded = false;
+    if (commandLine.size() <= 3) return;
+    // One path in double quotes: the text between the first and the last character.
+    const std::string path = commandLine.substr(1, commandLine.size() - 2);
+    const std::string ext = path.size() >= 3 ? path.substr(path.size() - 3) : path;
+    if (ext == "kdx") { // case-sensitive
+        StartLoadOnInit(path);
+        StartupFileLoaded = true;
+    }
+}
+
+bool MainEntry::GoForQuit()
+{
+    if (tuningDataModified && tuningDataModified())
+        return ws_.dialogs->MsgBox("The Tuning Window data has been modified but not updated to the configuration "
+                                   "data. Still Quit ?",
+                                   box::YesNo, "Tuning Data Modified") == Answer::Yes;
+    if (config_.GetDataModified())
+        return ws_.dialogs->MsgBox("The current settings been modified but not written to the KDX module. Still Quit ?",
+                                   box::YesNo, "Tuning Data Modified") == Answer::Yes;
+    return true;
+}
+
+void MainEntry::RemoteQueryUnload()
+{
+    if (!GoForQuit()) return;
+    quitting_ = true;
+    if (unloadAll) unloadAll();
+    close();
+}
+
+void MainEntry::closeEvent(QCloseEvent* event)
+{
+    if (quitting_) { // RemoteQueryUnload has decided and unloaded already
+        event->accept();
+        return;
+    }
+    if (GoForQuit()) {
+        quitting_ = true;
+        if (unloadAll) unloadAll();
+        event->accept();
+        return;
+    }
+    event->ignore(); // everything stays as it was
 }
 
 // ---- connection ---------------------------------------------------------------------

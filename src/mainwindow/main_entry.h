@@ -16,6 +16,7 @@
 #include <QMainWindow>
 
 #include <array>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -77,6 +78,18 @@ public:
     void TgtSelcb_Click(int index);
     // Brings up the working windows (first telemetry, or Shift+click on the wait logo).
     void SetDisplayVisible();
+    // The one quit decision: asks about unsaved tuning data first, unwritten settings
+    // second, at most one question. True means quit.
+    bool GoForQuit();
+    // File, Exit of the main and tuning windows, and the wait window's Quit.
+    void RemoteQueryUnload();
+    // Handles the command line's file (a .kdx configuration or a .btf tuning file).
+    void handleCommandLine(const std::string& commandLine);
+    // Whether the tuning window holds gains not yet written to the configuration.
+    std::function<bool()> tuningDataModified;
+    // Unloads the other windows and ends the program (set by the composition root).
+    std::function<void()> unloadAll;
+    bool StartupFileLoaded = false;
 
     // State.
     bool TargetIsQVane = false;
@@ -122,6 +135,9 @@ public:
     QAction* mnuExit = nullptr;
 
     ClickLabel* label(ParamLabel l, int motor) { return paramLabels.at(l)[static_cast<std::size_t>(motor)]; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     void buildControls();
@@ -171,6 +187,7 @@ private:
     ConfigGains gainStore_{config_};
     int shownMajor_ = -1, shownMinor_ = -1;
     int LastQVaneAxis = -1;
+    bool quitting_ = false;
 };
 
 } // namespace kdx

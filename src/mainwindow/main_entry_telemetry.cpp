@@ -4,6 +4,9 @@
 #include "mainwindow/click_label.h"
 #include "mainwindow/main_entry.h"
 #include "link/comms_link_window.h"
+#include "windows/pup_wait.h"
+
+#include <QTimer>
 
 #include <QGroupBox>
 #include <QLabel>
@@ -107,6 +110,10 @@ void MainEntry::ShowLiveValues()
 
 void MainEntry::SetDisplayVisible()
 {
+    if (ws_.wait) {
+        ws_.wait->hide();
+        ws_.wait->InputSwitchTimer->stop();
+    }
     show();
     if (ws_.comms) ws_.comms->hide();
     DisplayVisible = true;

@@ -1,0 +1,92 @@
+#include "windows/pup_wait.h"
+
+#include "link/comms_link_window.h"
+#include "mainwindow/main_entry.h"
+#include "platform/key_state.h"
+#include "platform/qt_guard.h"
+
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace kdx {
+
+PUPWait::PUPWait(Workspace& ws, QWidget* parent) : QWidget(parent, Qt::Window), ws_(ws)
+{
+    setObjectName("PUPWait");
+    setWindowTitle("VELMOR Brushless Driver");
+    auto* layout = new QVBoxLayout(this);
+    Image1 = new QLabel(this);
+    Image1->setObjectName("Image1");
+    Image1->setAlignment(Qt::AlignCenter);
+    Image1->setText("<b style='font-size:20pt'>VELMOR</b><br>Brushless Driver");
+    Image1->setToolTip("Shift+click to open the working windows without a module");
+    Image1->installEventFilter(this);
+    layout->addWidget(Image1);
+    Label1 = new QLabel("Please connect a Q-Vane KDX Module", this);
+    Label1->setObjectName("Label1");
+    Label1->setAlignment(Qt::AlignCenter);
+    layout->addWidget(Label1);
+    Quitcb = new QPushButton("Quit", this);
+    Quitcb->setObjectName("Quitcb");
+    connect(Quitcb, &QPushButton::clicked, this, [this] { guarded([&] { Quitcb_Click(); }); });
+    layout->addWidget(Quitcb, 0, Qt::AlignHCenter);
+
+    InputSwitchTimer = new QTimer(this);
+    InputSwitchTimer->setObjectName("InputSwitchTimer");
+    InputSwitchTimer->setInterval(500);
+    connect(InputSwitchTimer, &QTimer::timeout, this, [this] { guarded([&] { InputSwitchTimer_Timer(); }); });
+}
+
+void PUPWait::InputSwitchTimer_Timer()
+{
+    if (ListenForKDX) {
+        if (ws_.comms) ws_.comms->SetBaudForKDX();
+    } else {
+        if (ws_.comms) ws_.comms->SetBaudForQVane();
+        if (ws_.main) ws_.main->KDXAxisSelcb_Click(0); // ask a Q-Vane for its Tilt axis
+    }
+    ListenForKDX = !ListenForKDX;
+}
+
+void PUPWait::Image1_Click()
+{
+    if (ws_.keys && ws_.keys->shiftDown() && ws_.main) ws_.main->SetDisplayVisible();
+}
+
+void PUPWait::Quitcb_Click()
+{
+    if (ws_.main) ws_.main->RemoteQueryUnload();
+}
+
+void PUPWait::unload()
+{
+    unloading_ = true;
+    InputSwitchTimer->stop();
+    close();
+}
+
+bool PUPWait::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == Image1 && event->type() == QEvent::MouseButtonRelease &&
+        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton)
+        guarded([&] { Image1_Click(); });
+    return QWidget::eventFilter(watched, event);
+}
+
+void PUPWait::closeEvent(QCloseEvent* event)
+{
+    if (unloading_) {
+        event->accept();
+        return;
+    }
+    event->ignore(); // closing the wait window asks the program to quit
+    guarded([&] { Quitcb_Click(); });
+}
+
+} // namespace kdx
+
+#include "moc_pup_wait.cpp"

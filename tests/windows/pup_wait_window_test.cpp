@@ -1,0 +1,134 @@
+#include "fakes/fake_serial_port.h"
+#include "fakes/scripted_dialogs.h"
+#include "link/comms_link_window.h"
+#include "mainwindow/main_entry.h"
+#include "windows/pup_wait.h"
+
+#include <QLabel>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+using namespace kdx;
+using namespace kdx::test;
+
+namespace {
+
+struct Rig {
+    FakeSerialPort port;
+    ScriptedDialogs dialogs;
+    FakeKeyState keys;
+    Workspace ws;
+    CommsLink comms{port, dialogs};
+    MainEntry main{ws};
+    PUPWait wait{ws};
+    int unloads = 0;
+    Rig()
+    {
+        ws.comms = &comms;
+        ws.dialogs = &dialogs;
+        ws.keys = &keys;
+        ws.wait = &wait;
+        ws.main = &main;
+        comms.setMessageSink(&main);
+        comms.Form_Load();
+        main.Form_Load();
+        main.unloadAll = [this] { ++unloads; };
+        port.written.clear();
+    }
+};
+
+} // namespace
+
+TEST(PUPWaitWindow, AlternatesDirectAndRelayedProbingEveryTick)
+{
+    Rig r;
+    r.wait.InputSwitchTimer_Timer(); // direct: nothing sent
+    EXPECT_TRUE(r.port.written.empty());
+    r.wait.InputSwitchTimer_Timer(); // relayed: ask the Q-Vane for Tilt, then read
+    EXPECT_EQ(r.port.written, (std::vector<uint8_t>{0x5A, 3, 131, 134, 0x5A, 3, 112, 115}));
+    r.port.written.clear();
+    r.wait.InputSwitchTimer_Timer();
+    EXPECT_TRUE(r.port.written.empty());
+}
+
+TEST(PUPWaitWindow, FirstTelemetryRevealsTheWorkingWindows)
+{
+    Rig r;
+    r.wait.show();
+    r.wait.InputSwitchTimer->start();
+    r.wait.Image1_Click(); // a plain click does nothing
+    EXPECT_TRUE(r.wait.isVisible());
+    std::vector<uint8_t> payload(45, 0);
+    payload[43] = 1; // firmware 1.05
+    payload[44] = 5;
+    r.port.deliver(buildFrame(121, payload));
+    EXPECT_FALSE(r.wait.isVisible());
+    EXPECT_FALSE(r.wait.InputSwitchTimer->isActive());
+    EXPECT_TRUE(r.main.isVisible());
+    EXPECT_EQ(r.main.Versiontb->text(), "1.05");
+    EXPECT_EQ(r.port.written, (std::vector<uint8_t>{0x5A, 3, 112, 115})); // the first read
+}
+
+TEST(PUPWaitWindow, ShiftClickOnTheLogoOpensTheWindowsWithoutAModule)
+{
+    Rig r;
+    r.wait.show();
+    r.keys.shift = true;
+    r.wait.Image1_Click();
+    EXPECT_FALSE(r.wait.isVisible());
+    EXPECT_TRUE(r.main.isVisible());
+}
+
+TEST(MainEntryQuit, AsksAtMostOneQuestion)
+{
+    struct Case {
+        bool tuning, settings;
+        std::vector<Answer> answers;
+        bool quits;
+        const char* asked;
+    };
+    const Case cases[] = {
+        {false, false, {}, true, nullptr},
+        {true, true, {Answer::No}, false, "The Tuning Window data has been modified but not updated to the configuration data. Still Quit ?"},
+        {true, true, {Answer::Yes}, true, "The Tuning Window data has been modified but not updated to the configuration data. Still Quit ?"},
+        {false, true, {Answer::No}, false, "The current settings been modified but not written to the KDX module. Still Quit ?"},
+    };
+    for (const Case& c : cases) {
+        Rig r;
+        r.main.tuningDataModified = [&] { return c.tuning; };
+        if (c.settings) r.main.config().SetDataModified(true);
+        r.dialogs.answers.assign(c.answers.begin(), c.answers.end());
+        r.main.show();
+        r.wait.Quitcb_Click();
+        EXPECT_EQ(r.unloads, c.quits ? 1 : 0);
+        EXPECT_EQ(r.main.isVisible(), !c.quits);
+        if (c.asked) {
+            ASSERT_EQ(r.dialogs.boxes.size(), 1u);
+            EXPECT_EQ(r.dialogs.boxes[0].prompt, c.asked);
+            EXPECT_EQ(r.dialogs.boxes[0].title, "Tuning Data Modified");
+        } else {
+            EXPECT_TRUE(r.dialogs.boxes.empty());
+        }
+    }
+}
+
+TEST(MainEntryStartup, CommandLineLoadsOnlyAQuotedKdxPath)
+{
+    QTemporaryDir dir;
+    const std::string good = dir.filePath("a.kdx").toStdString();
+    std::ofstream(good, std::ios::binary) << "*!    VELMOR KDX Backup File     *\r\n"
+                                          << "*00000000000000000000000000000000*\r\n"
+                                          << "*00000000000000000000000000000000*\r\n";
+    const std::string upper = dir.filePath("a.KDX").toStdString();
+    std::ofstream(upper, std::ios::binary) << "x";
+    struct Case { std::string line; bool loaded; };
+    for (const Case& c : {Case{"\"" + good + "\"", true}, {"\"" + upper + "\"", false}, {"\"x\"", false}, {"", false}}) {
+        Rig r;
+        r.main.handleCommandLine(c.line);
+        EXPECT_EQ(r.main.StartupFileLoaded, c.loaded) << c.line;
+        EXPECT_EQ(r.main.GetGainsHaveBeenLoaded(), c.loaded) << c.line;
+    }
+}
