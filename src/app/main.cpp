@@ -8,6 +8,7 @@
 #include "platform/qt_serial_port.h"
 #include "sim/qt_sim_port.h"
 #include "windows/pup_wait.h"
+#include "telemetry/telemetry_setup_window.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -64,7 +65,12 @@ int main(int argc, char** argv)
 
     kdx::PUPWait wait(ws);
     ws.wait = &wait;
+    kdx::TelemetrySetup logging(dialogs);
+    ws.logging = &logging;
+    logging.setHeaderProvider([&] { return mainWindow.GetTelemetryFileTitles(); });
+    logging.Form_Load();
     mainWindow.unloadAll = [&] {
+        logging.unload();
         wait.unload();
         comms.unload();
     };

@@ -90,6 +90,8 @@ public:
     // Unloads the other windows and ends the program (set by the composition root).
     std::function<void()> unloadAll;
     bool StartupFileLoaded = false;
+    // The telemetry log's header line for the current target mode, CR LF included.
+    std::string GetTelemetryFileTitles() const;
 
     // State.
     bool TargetIsQVane = false;
@@ -155,7 +157,9 @@ private:
     void afterCyclic();
     void buildLiveValues(int motor, QGroupBox* frame);
 
+    void writeLogLine();
     LiveCaptions captions_;
+    std::string logLine_;
     ChangedOnly<bool> shownSelectedValid_;
     std::array<ChangedOnly<bool>, 3> shownValid_;
     // Forwards the gain panel's accessors to the configuration.

@@ -3,6 +3,7 @@
 #include "mainwindow/click_label.h"
 #include "mainwindow/main_entry.h"
 #include "link/comms_link_window.h"
+#include "telemetry/telemetry_setup_window.h"
 #include "platform/qt_guard.h"
 
 #include <QAction>
@@ -240,6 +241,13 @@ void MainEntry::buildMenus()
         }
     });
     comms->setObjectName("mnuCommsLink");
+    QAction* logging = window->addAction("&Logging", this, [this] {
+        if (ws_.logging) {
+            ws_.logging->show();
+            ws_.logging->raise();
+        }
+    });
+    logging->setObjectName("mnuLogging");
 }
 
 } // namespace kdx

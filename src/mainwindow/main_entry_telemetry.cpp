@@ -5,6 +5,8 @@
 #include "mainwindow/main_entry.h"
 #include "link/comms_link_window.h"
 #include "windows/pup_wait.h"
+#include "telemetry/log_line.h"
+#include "telemetry/telemetry_setup_window.h"
 
 #include <QTimer>
 
@@ -45,6 +47,7 @@ void MainEntry::PutCyclicQvaneMsg(const MsgView& msg)
     const CyclicTelemetry decoded = decodeCyclicQvaneMsg(msg);
     applyDecoded(live, decoded);
     ShowLiveValues();
+    writeLogLine();
     if (!TelemetrySeen) {
         RequestMemoryRead(true);
         TelemetrySeen = true;
@@ -61,6 +64,7 @@ void MainEntry::PutCyclicMsg(const MsgView& msg)
     showMotorOnePanels((live.MotorConfigBits & 8) == 0);
     ShowVersion(live.VersionMajor, live.VersionMinor);
     ShowLiveValues();
+    writeLogLine();
     if (!TelemetrySeen) {
         RequestMemoryRead(true);
         TelemetrySeen = true;
@@ -108,8 +112,19 @@ void MainEntry::ShowLiveValues()
     DebIDtb->setCaption(QString::number(config_.debugId()));
 }
 
+std::string MainEntry::GetTelemetryFileTitles() const { return telemetryFileTitles(TargetIsQVane); }
+
+void MainEntry::writeLogLine()
+{
+    if (!ws_.logging || !ws_.logging->GetLoggingDataToFile()) return;
+    logLine_.clear();
+    appendTelemetryLogLine(logLine_, live);
+    ws_.logging->PutStringToLog(logLine_);
+}
+
 void MainEntry::SetDisplayVisible()
 {
+    if (ws_.logging) ws_.logging->show();
     if (ws_.wait) {
         ws_.wait->hide();
         ws_.wait->InputSwitchTimer->stop();

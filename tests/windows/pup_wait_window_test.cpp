@@ -3,6 +3,7 @@
 #include "link/comms_link_window.h"
 #include "mainwindow/main_entry.h"
 #include "windows/pup_wait.h"
+#include "telemetry/telemetry_setup_window.h"
 
 #include <QLabel>
 #include <QTemporaryDir>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
 
 using namespace kdx;
 using namespace kdx::test;
@@ -131,4 +133,28 @@ TEST(MainEntryStartup, CommandLineLoadsOnlyAQuotedKdxPath)
         EXPECT_EQ(r.main.StartupFileLoaded, c.loaded) << c.line;
         EXPECT_EQ(r.main.GetGainsHaveBeenLoaded(), c.loaded) << c.line;
     }
+}
+
+TEST(MainEntryLogging, EachTelemetryMessageAddsOneLineInItsMode)
+{
+    QTemporaryDir dir;
+    Rig r;
+    TelemetrySetup logging(r.dialogs);
+    r.ws.logging = &logging;
+    logging.setHeaderProvider([&] { return r.main.GetTelemetryFileTitles(); });
+    logging.Form_Load();
+    const std::string path = dir.filePath("Run1.csv").toStdString();
+    logging.LogFileName->setText(QString::fromStdString(path));
+    std::vector<uint8_t> direct(45, 0);
+    direct[12] = 128; // power 50 %
+    r.port.deliver(buildFrame(121, direct)); // before Start: not logged
+    logging.StartLog_Click();
+    r.port.deliver(buildFrame(121, direct));
+    r.port.deliver(buildFrame(121, direct));
+    logging.StopLog_Click();
+    std::ifstream in(path, std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(in)), {});
+    const std::string line = "0.00,0.00,0.00,0.00,0.00,0,0.0,50,0.00,0.00,0.00,0.00,0.00,0,0.0,0,0.0\r\n";
+    EXPECT_EQ(text, "AxisRate0,AxisError0,Pcomp0,Icomp0,Dcomp0,ExtGain0%,ElecAngle0,Power0%,AxisRate1,AxisError1,"
+                    "Pcomp1,Icomp1,Dcomp1,ExtGain1%,ElecAngle1,Power1%,Voltage\r\n" + line + line);
 }
