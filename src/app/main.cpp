@@ -9,6 +9,7 @@
 #include "sim/qt_sim_port.h"
 #include "windows/pup_wait.h"
 #include "telemetry/telemetry_setup_window.h"
+#include "tuning/graph_win_window.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -69,7 +70,18 @@ int main(int argc, char** argv)
     ws.logging = &logging;
     logging.setHeaderProvider([&] { return mainWindow.GetTelemetryFileTitles(); });
     logging.Form_Load();
+    kdx::GraphWin graph(ws);
+    ws.graph = &graph;
+    mainWindow.tuningDataModified = [&] { return graph.GetDataModified(); };
+    // The link's watchdog tells the tuning window when telemetry stops.
+    struct GraphLinkLoss : kdx::LinkLossListener {
+        kdx::GraphWin& g;
+        explicit GraphLinkLoss(kdx::GraphWin& w) : g(w) {}
+        void PutCommsJustWentBad() override { g.PutCommsJustWentBad(); }
+    } linkLoss(graph);
+    comms.setLinkLossListener(&linkLoss);
     mainWindow.unloadAll = [&] {
+        graph.unload();
         logging.unload();
         wait.unload();
         comms.unload();

@@ -11,6 +11,7 @@
 #include "platform/key_state.h"
 #include "platform/qt_guard.h"
 #include "tuning/gain_message.h"
+#include "tuning/graph_win_window.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -300,6 +301,8 @@ void MainEntry::handleCommandLine(const std::string& commandLine)
         StartLoadOnInit(path);
         StartupFileLoaded = true;
     }
+    ShowQVaneAxis(3);
+    if (ext == "btf" && ws_.graph) ws_.graph->LoadTuningFileOnInit(path);
 }
 
 bool MainEntry::GoForQuit()
@@ -368,6 +371,7 @@ void MainEntry::ShowQVaneAxis(int axis)
 {
     if (axis == LastQVaneAxis) return;
     LastQVaneAxis = axis;
+    if (ws_.graph) ws_.graph->SetEnable(false);
     for (int i = 0; i < 3; ++i)
         paintBack(KDXAxisSelcb[static_cast<std::size_t>(i)], i == axis ? colours::Green : colours::LightGrey);
 }

@@ -4,6 +4,7 @@
 #include "mainwindow/main_entry.h"
 #include "link/comms_link_window.h"
 #include "telemetry/telemetry_setup_window.h"
+#include "tuning/graph_win_window.h"
 #include "platform/qt_guard.h"
 
 #include <QAction>
@@ -234,6 +235,14 @@ void MainEntry::buildMenus()
 
     QMenu* window = menuBar()->addMenu("&Window");
     window->setObjectName("mnuWindow");
+    QAction* graph = window->addAction("&Tuning Display", this, [this] {
+        if (ws_.graph) {
+            ws_.graph->show();
+            ws_.graph->raise();
+        }
+    });
+    graph->setObjectName("mnuGraph");
+    graph->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
     QAction* comms = window->addAction("&Comms Link", this, [this] {
         if (ws_.comms) {
             ws_.comms->show();

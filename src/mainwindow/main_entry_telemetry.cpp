@@ -7,6 +7,7 @@
 #include "windows/pup_wait.h"
 #include "telemetry/log_line.h"
 #include "telemetry/telemetry_setup_window.h"
+#include "tuning/graph_win_window.h"
 
 #include <QTimer>
 
@@ -46,6 +47,7 @@ void MainEntry::PutCyclicQvaneMsg(const MsgView& msg)
     ShowQVaneAxis(msg[2]);
     const CyclicTelemetry decoded = decodeCyclicQvaneMsg(msg);
     applyDecoded(live, decoded);
+    if (ws_.graph) ws_.graph->PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
     ShowLiveValues();
     writeLogLine();
     if (!TelemetrySeen) {
@@ -63,6 +65,10 @@ void MainEntry::PutCyclicMsg(const MsgView& msg)
     applyDecoded(live, decoded);
     showMotorOnePanels((live.MotorConfigBits & 8) == 0);
     ShowVersion(live.VersionMajor, live.VersionMinor);
+    if (ws_.graph) {
+        ws_.graph->PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
+        ws_.graph->PutSample(1, live.motor[1].AxisRate, live.motor[1].AxisError);
+    }
     ShowLiveValues();
     writeLogLine();
     if (!TelemetrySeen) {
@@ -75,7 +81,12 @@ void MainEntry::PutCyclicMsg(const MsgView& msg)
 
 void MainEntry::SetTargetIsQVane(bool value)
 {
-    if (value && !TargetIsQVane) showMotorOnePanels(false); // a Q-Vane reports one axis at a time
+    if (value && !TargetIsQVane) {
+        showMotorOnePanels(false); // a Q-Vane reports one axis at a time
+        if (ws_.graph) ws_.graph->SetSecondMotorVisible(false);
+    } else if (!value && TargetIsQVane) {
+        if (ws_.graph) ws_.graph->SetSecondMotorVisible(true);
+    }
     TargetIsQVane = value;
 }
 
@@ -106,7 +117,8 @@ void MainEntry::ShowLiveValues()
     setCaption(Voltagetb, captions_.Voltagetb);
     setCaption(Switchtb, captions_.Switchtb);
     if ((live.SwitchBits & 1) && !ButtonFr->isVisibleTo(this)) ButtonFr->setVisible(true);
-    (void)shownSelectedValid_.changed(live.SelectedInputValid); // the tuning window's indicator
+    if (shownSelectedValid_.changed(live.SelectedInputValid) && ws_.graph)
+        ws_.graph->SetInputValid(live.SelectedInputValid);
     for (std::size_t i = 0; i < 3; ++i)
         if (shownValid_[i].changed(live.InputValid[i])) paint(Validitiescb[i], validityColour(live.InputValid[i]));
     DebIDtb->setCaption(QString::number(config_.debugId()));
@@ -129,6 +141,7 @@ void MainEntry::SetDisplayVisible()
         ws_.wait->hide();
         ws_.wait->InputSwitchTimer->stop();
     }
+    if (ws_.graph) ws_.graph->show();
     show();
     if (ws_.comms) ws_.comms->hide();
     DisplayVisible = true;

@@ -1,0 +1,35 @@
+#pragma once
+// The picture of the tuning graph (`Graphpb`): it owns the backing image the renderer
+// draws on and only blits it. A stroke marks the widget dirty with update(), so Qt
+// repaints at most once per screen frame however many samples arrive.
+#include "tuning/qt_image_canvas.h"
+
+#include <QWidget>
+
+#include <functional>
+
+namespace kdx {
+
+class GraphView : public QWidget {
+    Q_OBJECT
+public:
+    explicit GraphView(QWidget* parent = nullptr);
+
+    QtImageCanvas& canvas() { return canvas_; }
+    // Runs after a resize has made the image anew at the new size (and not while the
+    // picture has no area): the owner redraws the graph from its buffers.
+    void setOnResized(std::function<void()> onResized) { onResized_ = std::move(onResized); }
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    QtImageCanvas canvas_;
+    std::function<void()> onResized_;
+};
+
+} // namespace kdx

@@ -1,0 +1,443 @@
+#include "config/memory_layout.h"
+#include "fakes/fake_serial_port.h"
+#include "fakes/scripted_dialogs.h"
+#include "link/comms_link_window.h"
+#include "mainwindow/click_label.h"
+#include "mainwindow/main_entry.h"
+#include "tuning/graph_view_window.h"
+#include "tuning/graph_win_model.h"
+#include "tuning/graph_win_window.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QLabel>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <memory>
+
+using namespace kdx;
+using namespace kdx::test;
+
+namespace {
+
+const QColor kBrightGreen(65, 214, 15);
+const QColor kDarkGreen(43, 138, 11);
+const QColor kCyan(0, 255, 255);
+const QColor kYellow(255, 255, 1);
+const QColor kGrey(128, 128, 128);
+const QColor kGreenFace(0, 255, 0);
+const QColor kGreyFace(192, 192, 192);
+const QColor kRedFace(255, 0, 0);
+
+struct Rig {
+    FakeSerialPort port;
+    ScriptedDialogs dialogs;
+    FakeKeyState keys;
+    Workspace ws;
+    CommsLink comms{port, dialogs};
+    MainEntry main{ws};
+    std::unique_ptr<GraphWin> win;
+    Rig()
+    {
+        ws.comms = &comms;
+        ws.dialogs = &dialogs;
+        ws.keys = &keys;
+        ws.port = &port;
+        ws.main = &main;
+        comms.setMessageSink(&main);
+        comms.Form_Load();
+        main.Form_Load();
+        win = std::make_unique<GraphWin>(ws);
+        ws.graph = win.get();
+        port.written.clear();
+    }
+    // The module answers a read with its memory; then the gains are set as given.
+    void loadConfiguration(const GainSet& motor0, const GainSet& motor1)
+    {
+        std::vector<uint8_t> img(60, 0);
+        for (int b : {0, 30}) { // 20 kHz, 1:1, 14 poles
+            img[b + layout::PwmPeriod] = 208;
+            img[b + layout::PwmPeriod + 1] = 7;
+            img[b + layout::DriveRatio + 1] = 64;
+            img[b + layout::Poles] = 14;
+        }
+        port.deliver(buildFrame(120, img));
+        ParamSet& p = main.config().params();
+        for (int m = 0; m < 2; ++m) {
+            const GainSet& g = m == 0 ? motor0 : motor1;
+            p.PTerm[m] = g.P, p.IRate[m] = g.I, p.IAngle[m] = g.IA, p.DTerm[m] = g.D;
+            p.StaticPower[m] = g.V1, p.DynamicPower[m] = g.V2, p.GainPerc[m] = g.G;
+        }
+    }
+    void showAt(int width, int height)
+    {
+        win->resize(width, height);
+        win->show();
+        QApplication::processEvents();
+    }
+    QImage image() { return win->Graphpb->canvas().image(); }
+    void feed(int count, float rate, float error, int motor = 0)
+    {
+        for (int i = 0; i < count; ++i) win->PutSample(motor, rate, error);
+    }
+};
+
+const GainSet kExample{100, 20, 2.5f, 50, 10, 20, 100}; // P, I, IA, D, V1, V2, G
+
+QColor face(QWidget* w) { return w->palette().color(QPalette::Button); }
+
+// A one-pixel line may land on either neighbouring row; the colour must be on one of them.
+bool colourAtRow(const QImage& img, int x, int y, const QColor& c)
+{
+    for (int dy = -1; dy <= 1; ++dy)
+        if (y + dy >= 0 && y + dy < img.height() && img.pixelColor(x, y + dy) == c) return true;
+    return false;
+}
+
+std::string readFile(const QString& path)
+{
+    std::ifstream in(path.toStdString(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+} // namespace
+
+TEST(GraphWinWindow, ControlsCarryTheSystemsNamesCaptionsAndTips)
+{
+    Rig r;
+    EXPECT_EQ(r.win->windowTitle(), "Tuning Display");
+    struct Case { const char* name; const char* caption; const char* tip; };
+    const Case cases[] = {
+        {"RepeatTrigcb", "Repeat", "The trace will trigger continuously"},
+        {"StopTracecb", "STOP", "Stops the trace immediately"},
+        {"Trace60scb", "60s", "One trace shows 60s of data"},
+        {"DisplayClearcb", "On", "When on, the display is cleared after each sweep. When off, it is like a circular buffer."},
+        {"Enablecb", "Enab", "When green, the KDX will use these settings instead of the config settings"},
+        {"FullWidthcb", nullptr, "Expand the graph for the full width of the screen"},
+        {"MemReccb0", "Recall", "Recalls the temporary memory gain settings. Goes green when memory matches the current gain settings."},
+        {"SaveGaincb", "Update Config", "Write these settings to the main config window"},
+        {"MotorSelcb1", nullptr, "Select motor #2"},
+        {"LoadTracecb", "Load", "Loads a display file for viewing. The Gain settings are also loaded into Memory #1."},
+        {"V2tb", nullptr, "The voltage used when the position error is > theshold"},
+        {"AxisRatelb", "Axis Rate", nullptr},
+        {"AxisAnglelb", "Axis Error", nullptr},
+    };
+    for (const Case& c : cases) {
+        auto* w = r.win->findChild<QWidget*>(c.name);
+        ASSERT_NE(w, nullptr) << c.name;
+        EXPECT_EQ(w->toolTip(), c.tip ? c.tip : "") << c.name;
+        const auto* b = qobject_cast<QAbstractButton*>(w);
+        const QString caption = b ? b->text() : qobject_cast<QLabel*>(w)->text();
+        EXPECT_EQ(caption, c.caption ? c.caption : caption) << c.name;
+    }
+    for (const char* name : {"PInccb1", "GDeccb0", "Y1lb8", "Y2lb0", "MemIDlb3", "Trace5scb", "InputValidInd"})
+        EXPECT_NE(r.win->findChild<QWidget*>(name), nullptr) << name;
+    EXPECT_EQ(r.win->GainMsgTmr->interval(), 40);
+    // The legends are written in their trace's colour.
+    EXPECT_EQ(r.win->AxisRatelb->palette().color(QPalette::WindowText), kCyan);
+    EXPECT_EQ(r.win->AxisAnglelb->palette().color(QPalette::WindowText), kYellow);
+    // Opening state: Repeat armed, Disp Clear on, 10 s sweeps, STOP red.
+    for (QWidget* on : std::initializer_list<QWidget*>{r.win->RepeatTrigcb, r.win->DisplayClearcb, r.win->Trace10scb})
+        EXPECT_EQ(face(on), kGreenFace) << on->objectName().toStdString();
+    EXPECT_EQ(face(r.win->StopTracecb), kRedFace);
+}
+
+TEST(GraphWinWindow, ASweepIsDrawnInTraceColoursOverTheGrid)
+{
+    Rig r;
+    r.showAt(1000, 720);
+    QImage img = r.image();
+    ASSERT_EQ(img.size(), r.win->Graphpb->size());
+    ASSERT_GT(img.height(), 100);
+
+    // One full 10 s sweep: rate 15 on the -30..30 axis is a quarter down, error -1 on
+    // the -2..2 axis three quarters down.
+    r.feed(1001, 15.0f, -1.0f);
+    img = r.image();
+    const int w = img.width(), h = img.height();
+    const int x = w * 33 / 100; // between two vertical grid lines
+    EXPECT_TRUE(colourAtRow(img, x, h / 4, kCyan));
+    EXPECT_TRUE(colourAtRow(img, x, 3 * h / 4, kYellow));
+    EXPECT_TRUE(colourAtRow(img, x, h / 2, kBrightGreen)) << "zero line";
+    EXPECT_TRUE(colourAtRow(img, x, 3 * h / 10, kDarkGreen)) << "grid line";
+    EXPECT_EQ(img.pixelColor(x, h * 35 / 100), kGrey) << "background";
+
+    // A bigger window: the image is made anew at the graph's size and redrawn from the buffer.
+    r.win->resize(1200, 820);
+    QApplication::processEvents();
+    img = r.image();
+    ASSERT_EQ(img.size(), r.win->Graphpb->size());
+    ASSERT_NE(img.height(), h);
+    EXPECT_TRUE(colourAtRow(img, img.width() / 3 + 3, img.height() / 4, kCyan));
+    EXPECT_TRUE(colourAtRow(img, img.width() / 3 + 3, 3 * img.height() / 4, kYellow));
+
+    // No area (a minimised graph): nothing is drawn and nothing breaks; the graph
+    // comes back whole when it has room again.
+    r.win->Graphpb->setFixedHeight(0);
+    QApplication::processEvents();
+    EXPECT_TRUE(r.image().isNull());
+    r.feed(20, -15.0f, 1.0f);
+    r.win->Graphpb->setMinimumHeight(200);
+    r.win->Graphpb->setMaximumHeight(QWIDGETSIZE_MAX);
+    QApplication::processEvents();
+    img = r.image();
+    ASSERT_FALSE(img.isNull());
+    EXPECT_TRUE(colourAtRow(img, img.width() / 100, 3 * img.height() / 4, kCyan)) << "the new sweep";
+}
+
+TEST(GraphWinWindow, ImageCopiesStayAsTakenAndNaNSamplesDrawNothing)
+{
+    Rig r;
+    r.showAt(1000, 720);
+    r.feed(100, 15.0f, -1.0f);
+    const QImage taken = r.image();
+    const QImage snapshot = taken.copy();
+    r.feed(100, 15.0f, -1.0f);
+    EXPECT_EQ(taken, snapshot) << "drawing goes on in the window's own image";
+    EXPECT_NE(r.image(), snapshot);
+
+    r.feed(100, std::nanf(""), std::numeric_limits<float>::infinity());
+    const QImage img = r.image();
+    EXPECT_TRUE(colourAtRow(img, img.width() / 10, img.height() / 4, kCyan)) << "earlier samples still shown";
+}
+
+TEST(GraphWinWindow, WithDisplayClearOffACursorRunsAheadOfTheNewPoint)
+{
+    Rig r;
+    r.showAt(1000, 720);
+    r.feed(1001, 15.0f, -1.0f); // one sweep to overwrite
+    r.win->DisplayClearcb_Click();
+    EXPECT_EQ(r.win->DisplayClearcb->text(), "Off");
+    r.feed(301, -15.0f, 1.0f); // the new sweep reaches sample 300
+    const QImage img = r.image();
+    const int w = img.width(), h = img.height();
+    const auto column = [&](int sample) { return static_cast<int>(sample * static_cast<double>(w) / 1000); };
+    bool white = false;
+    for (int y = h / 2 - h / 10; y < h / 2 && !white; ++y) white = img.pixelColor(column(308), y) == Qt::white;
+    EXPECT_TRUE(white) << "the cursor 8 samples ahead";
+    EXPECT_TRUE(colourAtRow(img, column(150), 3 * h / 4, kCyan)) << "new sweep drawn";
+    EXPECT_FALSE(colourAtRow(img, column(150), h / 4, kCyan)) << "old sweep erased behind the cursor";
+    EXPECT_TRUE(colourAtRow(img, column(600), h / 4, kCyan)) << "old sweep still ahead";
+}
+
+TEST(GraphWinWindow, AxisLabelsShowTheRangeLevelWithTheGridLines)
+{
+    Rig r;
+    r.showAt(1000, 720);
+    const int h = r.win->Graphpb->height();
+    struct Case { QLabel* label; const char* text; int tenth; };
+    for (const Case& c : {Case{r.win->Y1lb[0], "24.0", 1}, {r.win->Y1lb[4], "0.0", 5}, {r.win->Y1lb[8], "-24.0", 9},
+                          {r.win->Y2lb[0], "1.6", 1}}) {
+        EXPECT_EQ(c.label->text(), c.text);
+        const int centre = c.label->mapTo(r.win.get(), c.label->rect().center()).y();
+        const int line = r.win->Graphpb->mapTo(r.win.get(), QPoint(0, h * c.tenth / 10)).y();
+        EXPECT_NEAR(centre, line, 2) << c.text;
+    }
+    // Automatic scaling of a 10..20 rate gives -21.5..21.5, labelled in whole numbers.
+    r.feed(1001, 15.0f, 0.0f);
+    for (int i = 0; i <= 1000; ++i) r.win->model().traces().RateTrace[i] = 10.0f + static_cast<float>(i % 11);
+    QTest::mouseClick(r.win->AutoScalecb, Qt::LeftButton);
+    EXPECT_EQ(r.win->Y1lb[0]->text(), "17");
+}
+
+TEST(GraphWinWindow, GainMessageTimerSendsThePanelsGainsForTheSelectedMotor)
+{
+    Rig r;
+    r.loadConfiguration(kExample, GainSet{200, 30, 1, 60, 5, 6, 50});
+    QTest::mouseClick(r.win->MotorSelcb[0], Qt::LeftButton);
+    r.port.written.clear();
+    r.win->GainMsgTmr_Timer();
+    EXPECT_EQ(r.port.written, (std::vector<uint8_t>{0x5A, 16, 115, 0, 128, 0, 20, 64, 0, 0, 1, 0, 10, 0, 20, 40, 158}));
+
+    QTest::mouseClick(r.win->MotorSelcb[1], Qt::LeftButton);
+    r.port.written.clear();
+    r.win->GainMsgTmr_Timer();
+    ASSERT_EQ(r.port.written.size(), 17u);
+    EXPECT_EQ(r.port.written[3], 1) << "motor index";
+    EXPECT_EQ(r.port.written[4], 0) << "P 200 low byte";
+    EXPECT_EQ(r.port.written[5], 1) << "P 200 high byte";
+}
+
+TEST(GraphWinWindow, StepButtonPutsTheTunedGainsIntoUseAtOnce)
+{
+    Rig r;
+    r.loadConfiguration(kExample, kExample);
+    r.win->MotorSelcb_Click(0);
+    EXPECT_FALSE(r.win->GainMsgTmr->isActive());
+    QTest::mouseClick(r.win->PInccb[1], Qt::LeftButton);
+    EXPECT_EQ(r.win->Ptb->text(), "110%");
+    EXPECT_TRUE(r.win->Enablecb->isChecked());
+    EXPECT_TRUE(r.win->GainMsgTmr->isActive());
+    EXPECT_EQ(face(r.win->Enablecb), kGreenFace);
+    EXPECT_EQ(face(r.win->SaveGaincb), kGreenFace) << "modified";
+    r.port.written.clear();
+    r.win->GainMsgTmr_Timer();
+    ASSERT_EQ(r.port.written.size(), 17u);
+    EXPECT_EQ(r.port.written[4], 141) << "110 % x 1.28 = 140.8, rounded";
+
+    // A typed value, then "Update Config" writes it back and the panel is clean again.
+    r.dialogs.inputs.push_back("250");
+    QTest::mouseClick(r.win->Ptb, Qt::LeftButton);
+    EXPECT_EQ(r.win->Ptb->text(), "250%");
+    QTest::mouseClick(r.win->SaveGaincb, Qt::LeftButton);
+    EXPECT_EQ(r.main.config().params().PTerm[0], 250.0f);
+    EXPECT_EQ(face(r.win->SaveGaincb), kGreyFace);
+    EXPECT_FALSE(r.win->GetDataModified());
+
+    // The main window switches the gain message off.
+    r.win->SetEnable(true);
+    EXPECT_FALSE(r.win->Enablecb->isChecked());
+    EXPECT_FALSE(r.win->GainMsgTmr->isActive());
+    EXPECT_EQ(face(r.win->Enablecb), kGreyFace);
+}
+
+TEST(GraphWinWindow, MotorSelectionNeedsALoadedConfiguration)
+{
+    for (const bool loaded : {false, true}) {
+        Rig r;
+        if (loaded) r.loadConfiguration(kExample, GainSet{200, 30, 1, 60, 5, 6, 50});
+        QTest::mouseClick(r.win->MotorSelcb[1], Qt::LeftButton);
+        EXPECT_EQ(face(r.win->MotorSelcb[1]), loaded ? kGreenFace : kGreyFace) << loaded;
+        EXPECT_EQ(face(r.win->MotorSelcb[0]), kGreyFace) << loaded;
+        EXPECT_EQ(r.win->Ptb->text(), loaded ? "200%" : "0%") << loaded;
+
+        // Without gains "Enab" will not stay ticked and no step does anything.
+        r.win->Enablecb->click();
+        EXPECT_EQ(r.win->Enablecb->isChecked(), loaded) << loaded;
+        EXPECT_EQ(r.win->GainMsgTmr->isActive(), loaded) << loaded;
+        QTest::mouseClick(r.win->GInccb[0], Qt::LeftButton);
+        EXPECT_EQ(r.win->Gtb->text(), loaded ? "51%" : "0%") << loaded;
+
+        // The graph records the selected motor only.
+        r.feed(5, 1.0f, 0.0f, 0);
+        const int afterMotor0 = r.win->model().traces().SampleIndex;
+        r.feed(5, 1.0f, 0.0f, 1);
+        EXPECT_EQ(r.win->model().traces().SampleIndex - afterMotor0, loaded ? 5 : 0) << loaded;
+    }
+}
+
+TEST(GraphWinWindow, SpaceBarStopsAndStartsTheTraceWhereverTheFocusIs)
+{
+    Rig r;
+    r.showAt(1000, 720);
+    r.feed(10, 1.0f, 0.0f);
+    const int index = r.win->model().traces().SampleIndex;
+
+    QTest::keyClick(r.win.get(), Qt::Key_Space);
+    EXPECT_EQ(r.win->StopTracecb->text(), "START");
+    EXPECT_EQ(face(r.win->StopTracecb), kGreenFace);
+    r.feed(10, 1.0f, 0.0f);
+    EXPECT_EQ(r.win->model().traces().SampleIndex, index) << "stopped: nothing recorded";
+
+    // With the focus on a button the space still means START, not a click on the button.
+    r.win->RepeatTrigcb->setFocus();
+    QTest::keyClick(r.win->RepeatTrigcb, Qt::Key_Space);
+    EXPECT_EQ(r.win->StopTracecb->text(), "STOP");
+    EXPECT_EQ(face(r.win->StopTracecb), kRedFace);
+    EXPECT_EQ(face(r.win->RepeatTrigcb), kGreenFace) << "Repeat not toggled";
+    r.feed(10, 1.0f, 0.0f);
+    EXPECT_EQ(r.win->model().traces().SampleIndex, index + 10) << "resumes at the same index";
+}
+
+TEST(GraphWinWindow, InputIndicatorAndSecondMotorFollowTheMainWindow)
+{
+    Rig r;
+    const auto fill = [&] { return r.win->InputValidInd->palette().color(QPalette::Window); };
+    EXPECT_TRUE(fill() != kGreenFace && fill() != kRedFace) << "nothing known before the first telemetry";
+    for (const bool valid : {true, false, false, true}) {
+        r.win->SetInputValid(valid);
+        EXPECT_EQ(fill(), valid ? kGreenFace : kRedFace) << valid;
+    }
+    for (const bool visible : {false, true}) {
+        r.win->SetSecondMotorVisible(visible);
+        EXPECT_EQ(r.win->MotorSelcb[1]->isHidden(), !visible);
+    }
+}
+
+TEST(GraphWinWindow, TraceFilesSaveAndLoadThroughTheFileDialogs)
+{
+    Rig r;
+    r.loadConfiguration(kExample, kExample);
+    r.win->MotorSelcb_Click(0);
+    r.showAt(1000, 720);
+    r.feed(1001, 15.0f, -1.0f);
+    QTemporaryDir dir;
+    const QString path = QDir(dir.path()).filePath("run.btf");
+
+    r.dialogs.files.push_back(path.toStdString());
+    QTest::mouseClick(r.win->SaveTracecb, Qt::LeftButton);
+    ASSERT_EQ(r.dialogs.fileRequests.size(), 1u);
+    EXPECT_EQ(r.dialogs.fileRequests[0].filter, "KDX Tuning Files (*.btf)|*.btf|All Files (*.*)|*.*");
+    EXPECT_EQ(r.dialogs.fileRequests[0].defaultExt, "btf");
+    const std::string text = readFile(path);
+    EXPECT_EQ(text.rfind("AxisRate, AxisError, P,I,IA,D,V1,V2,G,Spare1,Spare2\r\n"
+                         "15.00,-1.00,100.00,20.00,2.50,50.00,10.00,20.00,100.00,0,0\r\n15.00,-1.00\r\n",
+                         0),
+              0u);
+
+    // A different sweep, then the file: its trace is shown, capture is off, and its
+    // gains sit in memory #1, matching the panel.
+    r.feed(1001, -15.0f, -1.0f);
+    r.dialogs.files.push_back(path.toStdString());
+    r.win->mnuLoad->trigger();
+    const QImage img = r.image();
+    EXPECT_TRUE(colourAtRow(img, img.width() / 3, img.height() / 4, kCyan));
+    EXPECT_FALSE(colourAtRow(img, img.width() / 3, 3 * img.height() / 4, kCyan));
+    EXPECT_EQ(face(r.win->RepeatTrigcb), kGreyFace);
+    EXPECT_EQ(face(r.win->MemStorecb[0]), kGreenFace);
+    EXPECT_EQ(face(r.win->MemReccb[0]), kGreenFace);
+    r.feed(50, -15.0f, -1.0f);
+    EXPECT_TRUE(colourAtRow(r.image(), img.width() / 3, img.height() / 4, kCyan)) << "not overwritten by live data";
+
+    // Cancelled dialogs do nothing.
+    r.dialogs.files.push_back(std::nullopt);
+    r.dialogs.files.push_back(std::nullopt);
+    r.win->SaveTracecb_Click();
+    r.win->LoadTracecb_Click();
+    EXPECT_EQ(readFile(path), text);
+    EXPECT_TRUE(r.dialogs.boxes.empty());
+}
+
+TEST(GraphWinWindow, CommsLossWarnsOnlyWhenModifiedGainsWereInUse)
+{
+    Rig r;
+    r.loadConfiguration(kExample, kExample);
+    r.win->PutCommsJustWentBad();
+    EXPECT_TRUE(r.dialogs.boxes.empty());
+    r.main.gainStore().PutP(120, 0); // the main window's parameters are now unwritten
+    r.win->PutCommsJustWentBad();
+    ASSERT_EQ(r.dialogs.boxes.size(), 1u);
+    EXPECT_EQ(r.dialogs.boxes[0].title, "KDX Disconnected");
+    EXPECT_EQ(r.dialogs.boxes[0].style, 16);
+}
+
+TEST(GraphWinWindow, CloseBoxAndWindowCloseHideUntilTheProgramUnloads)
+{
+    Rig r;
+    r.showAt(800, 600);
+    EXPECT_FALSE(r.win->close());
+    EXPECT_TRUE(r.win->isHidden());
+    r.win->show();
+    r.win->mnuClose->trigger();
+    EXPECT_TRUE(r.win->isHidden());
+    // File, Exit is the program's quit path, with its question.
+    r.main.gainStore().PutP(120, 0);
+    r.dialogs.answers.push_back(Answer::No);
+    r.win->mnuExit->trigger();
+    ASSERT_EQ(r.dialogs.boxes.size(), 1u);
+    EXPECT_EQ(r.dialogs.boxes[0].title, "Tuning Data Modified");
+    r.win->show();
+    r.win->unload();
+    EXPECT_TRUE(r.win->isHidden());
+    EXPECT_FALSE(r.win->GainMsgTmr->isActive());
+}
