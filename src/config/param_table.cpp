@@ -6,7 +6,7 @@ namespace kdx {
 
 namespace {
 
-struct RowSpec {
+struct RowDef {
     const char* name;
     const char* meaning;
     const char* unit;
@@ -14,7 +14,7 @@ struct RowSpec {
     bool reverse; // the Reversecb state rather than a label
 };
 
-constexpr RowSpec kRows[] = {
+constexpr RowDef kRows[] = {
     {"PwmFreqHz", "PWM frequency", "kHz", ParamLabel::Freqtb, false},
     {"StaticPower", "static power", "%", ParamLabel::Powertb, false},
     {"DynamicPower", "dynamic power", "%", ParamLabel::PowerHitb, false},
@@ -38,11 +38,11 @@ constexpr RowSpec kRows[] = {
 std::vector<ParamRow> paramTable(const DriverConfig& config, bool bothMotors)
 {
     std::vector<ParamRow> rows;
-    for (const RowSpec& spec : kRows) {
-        ParamRow row{spec.name, spec.meaning, spec.unit, {}};
+    for (const RowDef& def : kRows) {
+        ParamRow row{def.name, def.meaning, def.unit, {}};
         for (int m = 0; m < (bothMotors ? 2 : 1); ++m)
             row.values[static_cast<std::size_t>(m)] =
-                spec.reverse ? (config.reverse(m) ? "1" : "0") : config.caption(spec.label, m);
+                def.reverse ? (config.reverse(m) ? "1" : "0") : config.caption(def.label, m);
         rows.push_back(std::move(row));
     }
     return rows;
