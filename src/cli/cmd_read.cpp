@@ -1,4 +1,5 @@
 // kdxctl read: reads a module's configuration, prints it and keeps a backup file.
+#include "cli/cli_args.h"
 #include "cli/command.h"
 #include "cli/posix_serial.h"
 #include "config/config_file.h"
@@ -35,19 +36,7 @@ const char* const kUsage =
     "example:\n"
     "  kdxctl read --port /dev/ttyUSB0 --axis roll -o roll-before-tuning.bls\n";
 
-int usageError(CommandIo& io, const std::string& what)
-{
-    io.err << "kdxctl read: " << what << " (try kdxctl read --help)\n";
-    return 2;
-}
-
-std::optional<int> parseAxis(const std::string& s)
-{
-    if (s == "tilt" || s == "0") return 0;
-    if (s == "roll" || s == "1") return 1;
-    if (s == "pan" || s == "2") return 2;
-    return std::nullopt;
-}
+int usageError(CommandIo& io, const std::string& what) { return kdx::cli::usageError(io, "read", what); }
 
 std::string defaultBackupName(bool twoAxis)
 {

@@ -1,4 +1,5 @@
 // kdxctl write: writes a configuration file into a module and checks it by reading back.
+#include "cli/cli_args.h"
 #include "cli/command.h"
 #include "cli/posix_serial.h"
 #include "config/config_file.h"
@@ -35,19 +36,7 @@ const char* const kUsage =
     "example:\n"
     "  kdxctl write --port /dev/ttyUSB0 --axis pan pan-axis.bls\n";
 
-int usageError(CommandIo& io, const std::string& what)
-{
-    io.err << "kdxctl write: " << what << " (try kdxctl write --help)\n";
-    return 2;
-}
-
-std::optional<int> parseAxis(const std::string& s)
-{
-    if (s == "tilt" || s == "0") return 0;
-    if (s == "roll" || s == "1") return 1;
-    if (s == "pan" || s == "2") return 2;
-    return std::nullopt;
-}
+int usageError(CommandIo& io, const std::string& what) { return kdx::cli::usageError(io, "write", what); }
 
 int runWrite(const std::vector<std::string>& args, CommandIo& io)
 {
