@@ -1,6 +1,5 @@
 #include "config/memory_layout.h"
-#include "fakes/fake_serial_port.h"
-#include "fakes/scripted_dialogs.h"
+#include "fakes/program_rig.h"
 #include "link/comms_link_window.h"
 #include "mainwindow/click_label.h"
 #include "mainwindow/main_entry.h"
@@ -23,24 +22,7 @@ using namespace kdx::test;
 
 namespace {
 
-struct Rig {
-    FakeSerialPort port;
-    ScriptedDialogs dialogs;
-    FakeKeyState keys;
-    Workspace ws;
-    CommsLink comms{port, dialogs};
-    MainEntry main{ws};
-    Rig()
-    {
-        ws.comms = &comms;
-        ws.dialogs = &dialogs;
-        ws.keys = &keys;
-        ws.port = &port;
-        comms.setMessageSink(&main);
-        comms.Form_Load();
-        main.Form_Load();
-        port.written.clear();
-    }
+struct Rig : ProgramRig {
     // The module answers with its memory: a direct 120 message of 60 bytes.
     void answerMemory(const std::vector<uint8_t>& image)
     {

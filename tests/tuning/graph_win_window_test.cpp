@@ -1,4 +1,5 @@
 #include "config/memory_layout.h"
+#include "fakes/program_rig.h"
 #include "fakes/fake_serial_port.h"
 #include "fakes/scripted_dialogs.h"
 #include "link/comms_link_window.h"
@@ -39,27 +40,12 @@ const QColor kGreenFace(0, 255, 0);
 const QColor kGreyFace(192, 192, 192);
 const QColor kRedFace(255, 0, 0);
 
-struct Rig {
-    FakeSerialPort port;
-    ScriptedDialogs dialogs;
-    FakeKeyState keys;
-    Workspace ws;
-    CommsLink comms{port, dialogs};
-    MainEntry main{ws};
+struct Rig : ProgramRig {
     std::unique_ptr<GraphWin> win;
     Rig()
     {
-        ws.comms = &comms;
-        ws.dialogs = &dialogs;
-        ws.keys = &keys;
-        ws.port = &port;
-        ws.main = &main;
-        comms.setMessageSink(&main);
-        comms.Form_Load();
-        main.Form_Load();
         win = std::make_unique<GraphWin>(ws);
         ws.graph = win.get();
-        port.written.clear();
     }
     // The module answers a read with its memory; then the gains are set as given.
     void loadConfiguration(const GainSet& motor0, const GainSet& motor1)

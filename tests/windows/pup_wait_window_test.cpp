@@ -1,5 +1,4 @@
-#include "fakes/fake_serial_port.h"
-#include "fakes/scripted_dialogs.h"
+#include "fakes/program_rig.h"
 #include "link/comms_link_window.h"
 #include "mainwindow/main_entry.h"
 #include "windows/pup_wait.h"
@@ -18,27 +17,13 @@ using namespace kdx::test;
 
 namespace {
 
-struct Rig {
-    FakeSerialPort port;
-    ScriptedDialogs dialogs;
-    FakeKeyState keys;
-    Workspace ws;
-    CommsLink comms{port, dialogs};
-    MainEntry main{ws};
+struct Rig : ProgramRig {
     PUPWait wait{ws};
     int unloads = 0;
     Rig()
     {
-        ws.comms = &comms;
-        ws.dialogs = &dialogs;
-        ws.keys = &keys;
         ws.wait = &wait;
-        ws.main = &main;
-        comms.setMessageSink(&main);
-        comms.Form_Load();
-        main.Form_Load();
         main.unloadAll = [this] { ++unloads; };
-        port.written.clear();
     }
 };
 
