@@ -1,0 +1,45 @@
+#pragma once
+// The debug display: the seven debug bytes of each direct cyclic message, in decimal
+// and hex under their titles, with a check box that adds them to the telemetry log.
+#include <QWidget>
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+class QCheckBox;
+class QLabel;
+
+namespace kdx {
+
+class DebugDisplay : public QWidget {
+    Q_OBJECT
+public:
+    explicit DebugDisplay(QWidget* parent = nullptr);
+    ~DebugDisplay() override;
+
+    void Form_Load();
+    // Bytes 38 .. 44 of a direct cyclic message, in order.
+    void PutDebugData(const std::array<uint8_t, 7>& bytes);
+    // Whether the user asked for the debug bytes in the telemetry log.
+    bool GetLogDebugData() const;
+    // The log's extra header columns, comma separated, no leading comma.
+    std::string GetDebugTitles() const;
+    // The current values as log columns, same count as the titles, no leading comma.
+    std::string GetDebugStrToLog() const;
+    // Lets the window close for real (the program is ending); until then closing hides it.
+    void unload();
+
+    QCheckBox* LogDebugcb = nullptr;
+    std::array<QLabel*, 7> DebugTitlelb{};
+    std::array<QLabel*, 7> DebugValuelb{};
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    struct State;
+    State* state_ = nullptr;
+};
+
+} // namespace kdx
