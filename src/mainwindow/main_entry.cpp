@@ -106,6 +106,16 @@ void MainEntry::SendPID(float P, float I, float IA, float D, float G, float V1, 
     SendMessage();
 }
 
+// The restart into the bootloader has one form whatever the target: three elements,
+// the checksum 3 + 254 left unreduced (the link sends its low byte, 1).
+void MainEntry::RestartIntoBootloader()
+{
+    OutMsg[0] = 3;
+    OutMsg[1] = 254;
+    OutMsg[2] = 257;
+    SendMessage();
+}
+
 void MainEntry::PutMessageReceived(bool good)
 {
     if (good) {

@@ -51,6 +51,8 @@ public:
     void SendMessage();
     // The gain message of the tuning window, direct or relayed by the target mode.
     void SendPID(float P, float I, float IA, float D, float G, float V1, float V2, int MotorIndex);
+    // Restarts the module into its bootloader (About window and RestartIntoBLcb).
+    void RestartIntoBootloader();
     // The gain accessors as the tuning window's gain panel uses them.
     GainStore& gainStore() { return gainStore_; }
 
