@@ -532,7 +532,18 @@ void GraphWin::LoadTracecb_Click()
 
 void GraphWin::mnuExit_Click() { ws_.main->RemoteQueryUnload(); }
 
-void GraphWin::mnuClose_Click() { hide(); }
+// Closing puts the window away and hands the user back to the main window; gains
+// tuned but not carried into the configuration are offered for it first, so that
+// the configuration the user writes next holds what was tuned.
+void GraphWin::mnuClose_Click()
+{
+    hide();
+    if (model_->GetDataModified() && GoForUpdate()) SaveGaincb_Click();
+    if (ws_.main && ws_.main->isVisible()) {
+        ws_.main->raise();
+        ws_.main->activateWindow();
+    }
+}
 
 void GraphWin::GainMsgTmr_Timer()
 {
@@ -576,8 +587,9 @@ void GraphWin::closeEvent(QCloseEvent* event)
         event->accept();
         return;
     }
-    hide(); // the close box hides the window; the gain message and capture go on
+    // The close box hides the window as Close does; the gain message and capture go on.
     event->ignore();
+    mnuClose_Click();
 }
 
 } // namespace kdx

@@ -413,9 +413,26 @@ TEST(GraphWinWindow, CloseBoxAndWindowCloseHideUntilTheProgramUnloads)
     r.showAt(800, 600);
     EXPECT_FALSE(r.win->close());
     EXPECT_TRUE(r.win->isHidden());
-    r.win->show();
-    r.win->mnuClose->trigger();
-    EXPECT_TRUE(r.win->isHidden());
+    EXPECT_TRUE(r.dialogs.boxes.empty()) << "nothing tuned, nothing asked";
+
+    // Tuned gains are offered to the configuration on Close: No keeps them in the panel only,
+    // Yes carries them over.
+    r.loadConfiguration(kExample, kExample);
+    r.win->MotorSelcb_Click(0);
+    for (const Answer a : {Answer::No, Answer::Yes}) {
+        r.dialogs.inputs.push_back("250");
+        QTest::mouseClick(r.win->Ptb, Qt::LeftButton);
+        r.win->show();
+        r.dialogs.answers.push_back(a);
+        r.win->mnuClose->trigger();
+        EXPECT_TRUE(r.win->isHidden());
+        ASSERT_FALSE(r.dialogs.boxes.empty());
+        EXPECT_EQ(r.dialogs.boxes.back().title, "Gain Modified");
+        EXPECT_EQ(r.main.config().params().PTerm[0], a == Answer::Yes ? 250.0f : 100.0f);
+        EXPECT_EQ(r.win->GetDataModified(), a == Answer::No);
+    }
+    r.dialogs.boxes.clear();
+
     // File, Exit is the program's quit path, with its question.
     r.main.gainStore().PutP(120, 0);
     r.dialogs.answers.push_back(Answer::No);
