@@ -163,6 +163,17 @@ void GraphRenderer::DrawSweepCursor(double x)
     const double pa = mapX(xa), pb = mapX(xb);
     canvas_.line(pa, ym - outer, pa, ym - inner, graph_colour::Background, kCursorErasePen);
     canvas_.line(pa, ym + inner, pa, ym + outer, graph_colour::Background, kCursorErasePen);
+    // On a narrow graph of a long sweep several samples share a pixel, and the wide
+    // erase stroke reaches back over the newest points of this sweep: draw them again.
+    // (The segment ending at x is drawn by the caller after this.)
+    const double reach = pa - kCursorErasePen / 2 - kThinPen;
+    const Trace& rate = traces_.RateTrace;
+    const Trace& error = traces_.ErrorTrace;
+    for (long long k = CLng(x) - 1; k > CLng(XAxisMin_) && mapX(static_cast<double>(k)) >= reach; --k) {
+        const double x0 = static_cast<double>(k - 1), x1 = static_cast<double>(k);
+        DrawTraceSegment(x0, x1, at(rate, k - 1), at(rate, k), 0, false);
+        DrawTraceSegment(x0, x1, at(error, k - 1), at(error, k), 1, false);
+    }
     canvas_.line(pb, ym - outer, pb, ym - inner, graph_colour::Cursor, kCursorPen);
     canvas_.line(pb, ym + inner, pb, ym + outer, graph_colour::Cursor, kCursorPen);
 }

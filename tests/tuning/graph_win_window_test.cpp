@@ -216,6 +216,24 @@ TEST(GraphWinWindow, WithDisplayClearOffACursorRunsAheadOfTheNewPoint)
     EXPECT_TRUE(colourAtRow(img, column(600), h / 4, kCyan)) << "old sweep still ahead";
 }
 
+TEST(GraphWinWindow, OnANarrowLongSweepTheCursorNeverWipesTheNewestPoints)
+{
+    Rig r;
+    r.showAt(700, 600);
+    r.win->TraceDurationcb_Click(3); // 60 s: several samples to a pixel
+    r.feed(6001, 0.0f, 0.0f);
+    r.win->DisplayClearcb_Click();
+    // A rate level inside the cursor's band just above the zero line.
+    const QImage before = r.image();
+    const int h = before.height(), mid = h / 2;
+    const float level = 30.0f * 9.0f / static_cast<float>(mid); // about 9 px above the middle
+    r.feed(3001, level, 0.0f);
+    const QImage img = r.image();
+    const int w = img.width(), newest = static_cast<int>(3000.0 * w / 6000);
+    for (int x = newest - 3; x <= newest; ++x)
+        EXPECT_TRUE(colourAtRow(img, x, mid - 9, kCyan)) << "column " << x << " of newest " << newest;
+}
+
 TEST(GraphWinWindow, AxisLabelsShowTheRangeLevelWithTheGridLines)
 {
     Rig r;
