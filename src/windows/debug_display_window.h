@@ -38,6 +38,10 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void showEvent(QShowEvent* event) override;
+    // Copies the stored bytes into the value labels whose text changed; only while shown.
+    void refreshLabels();
+
     struct State;
     State* state_ = nullptr;
 };

@@ -4,6 +4,7 @@
 #include "mainwindow/main_entry.h"
 #include "platform/key_state.h"
 #include "platform/qt_guard.h"
+#include "windows/velmor_logo.h"
 
 #include <QCloseEvent>
 #include <QLabel>
@@ -22,7 +23,7 @@ PUPWait::PUPWait(Workspace& ws, QWidget* parent) : QWidget(parent, Qt::Window), 
     Image1 = new QLabel(this);
     Image1->setObjectName("Image1");
     Image1->setAlignment(Qt::AlignCenter);
-    Image1->setText("<b style='font-size:20pt'>VELMOR</b><br>Brushless Driver");
+    Image1->setPixmap(velmorLogo(kVelmorLogoSize, devicePixelRatioF()));
     Image1->setToolTip("Shift+click to open the working windows without a module");
     Image1->installEventFilter(this);
     layout->addWidget(Image1);

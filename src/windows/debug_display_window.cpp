@@ -1,0 +1,125 @@
+#include "windows/debug_display_window.h"
+
+#include "platform/qt_guard.h"
+#include "telemetry/changed_only.h"
+#include "telemetry/debug_bytes.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QFontDatabase>
+#include <QGridLayout>
+#include <QLabel>
+#include <QTimer>
+
+namespace kdx {
+
+namespace {
+// The labels follow the data at most once per screen frame.
+constexpr int kRefreshMs = 16;
+constexpr char kNoData[] = "-";
+} // namespace
+
+struct DebugDisplay::State {
+    DebugBytes bytes{};
+    bool received = false;
+    std::array<ChangedOnly<uint8_t>, kDebugByteCount> shown;
+    QTimer* refresh = nullptr;
+    bool unloading = false;
+};
+
+DebugDisplay::DebugDisplay(QWidget* parent) : QWidget(parent, Qt::Window), state_(new State)
+{
+    setObjectName("DebugDisplay");
+    setWindowTitle("Debug Display");
+    auto* grid = new QGridLayout(this);
+    const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    for (std::size_t i = 0; i < kDebugByteCount; ++i) {
+        const int row = static_cast<int>(i);
+        DebugTitlelb[i] = new QLabel(this);
+        DebugTitlelb[i]->setObjectName(QString("DebugTitlelb_%1").arg(row));
+        grid->addWidget(DebugTitlelb[i], row, 0);
+        DebugValuelb[i] = new QLabel(kNoData, this);
+        DebugValuelb[i]->setObjectName(QString("DebugValuelb_%1").arg(row));
+        DebugValuelb[i]->setFont(fixed);
+        DebugValuelb[i]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        DebugValuelb[i]->setMinimumWidth(DebugValuelb[i]->fontMetrics().horizontalAdvance("255 (0xFF)") + 8);
+        grid->addWidget(DebugValuelb[i], row, 1);
+    }
+    LogDebugcb = new QCheckBox("Log debug data", this);
+    LogDebugcb->setObjectName("LogDebugcb");
+    LogDebugcb->setToolTip("Adds these seven columns to the telemetry log; tick it before Start so the header names them");
+    grid->addWidget(LogDebugcb, static_cast<int>(kDebugByteCount), 0, 1, 2);
+
+    state_->refresh = new QTimer(this);
+    state_->refresh->setObjectName("RefreshTmr");
+    state_->refresh->setSingleShot(true);
+    state_->refresh->setInterval(kRefreshMs);
+    connect(state_->refresh, &QTimer::timeout, this, [this] { guarded([&] { refreshLabels(); }); });
+
+    Form_Load();
+}
+
+DebugDisplay::~DebugDisplay() { delete state_; }
+
+void DebugDisplay::Form_Load()
+{
+    for (std::size_t i = 0; i < kDebugByteCount; ++i)
+        DebugTitlelb[i]->setText(QString::fromUtf8(kDebugTitles[i].data(), static_cast<int>(kDebugTitles[i].size())));
+}
+
+// Called for every direct cyclic message (100 a second, far more during playback), so
+// it only stores the bytes; the labels catch up on the next frame, and not at all
+// while the window is hidden.
+void DebugDisplay::PutDebugData(const std::array<uint8_t, 7>& bytes)
+{
+    state_->bytes = bytes;
+    state_->received = true;
+    if (isVisible() && !state_->refresh->isActive()) state_->refresh->start();
+}
+
+bool DebugDisplay::GetLogDebugData() const { return LogDebugcb->isChecked(); }
+
+std::string DebugDisplay::GetDebugTitles() const { return debugTitles(); }
+
+std::string DebugDisplay::GetDebugStrToLog() const
+{
+    std::string s;
+    appendDebugValues(s, state_->bytes);
+    return s;
+}
+
+void DebugDisplay::unload()
+{
+    state_->unloading = true;
+    state_->refresh->stop();
+    close();
+}
+
+void DebugDisplay::refreshLabels()
+{
+    if (!isVisible() || !state_->received) return;
+    for (std::size_t i = 0; i < kDebugByteCount; ++i)
+        if (state_->shown[i].changed(state_->bytes[i]))
+            DebugValuelb[i]->setText(QString::fromStdString(debugValueCaption(state_->bytes[i])));
+}
+
+void DebugDisplay::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    guarded([&] { refreshLabels(); });
+}
+
+void DebugDisplay::closeEvent(QCloseEvent* event)
+{
+    if (state_->unloading) {
+        event->accept();
+        return;
+    }
+    event->ignore(); // the close box only hides the window
+    state_->refresh->stop();
+    hide();
+}
+
+} // namespace kdx
+
+#include "moc_debug_display_window.cpp"
