@@ -7,7 +7,9 @@
 #include "platform/qt_key_state.h"
 #include "platform/qt_serial_port.h"
 #include "sim/qt_sim_port.h"
+#include "windows/debug_display_window.h"
 #include "windows/pup_wait.h"
+#include "windows/velmor_logo.h"
 #include "telemetry/telemetry_setup_window.h"
 #include "tuning/graph_win_window.h"
 
@@ -20,6 +22,7 @@ int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     QApplication::setApplicationName("KDX Tool");
+    QApplication::setWindowIcon(kdx::kdxToolIcon());
     QApplication::setApplicationVersion(QString("%1.%2.%3").arg(KDX_VERSION_MAJOR).arg(KDX_VERSION_MINOR).arg(KDX_VERSION_PATCH));
 
     QCommandLineParser parser;
@@ -66,6 +69,9 @@ int main(int argc, char** argv)
 
     kdx::PUPWait wait(ws);
     ws.wait = &wait;
+    kdx::DebugDisplay debug;
+    ws.debug = &debug;
+    debug.Form_Load();
     kdx::TelemetrySetup logging(dialogs);
     ws.logging = &logging;
     logging.setHeaderProvider([&] { return mainWindow.GetTelemetryFileTitles(); });
@@ -82,6 +88,7 @@ int main(int argc, char** argv)
     comms.setLinkLossListener(&linkLoss);
     mainWindow.unloadAll = [&] {
         graph.unload();
+        debug.unload();
         logging.unload();
         wait.unload();
         comms.unload();
