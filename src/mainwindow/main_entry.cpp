@@ -6,12 +6,16 @@
 #include "core/colour.h"
 #include "core/host_numeric.h"
 #include "link/comms_link_window.h"
+#include "link/message_ids.h"
 #include "mainwindow/click_label.h"
 #include "platform/dialogs.h"
 #include "platform/key_state.h"
 #include "platform/qt_guard.h"
 #include "tuning/gain_message.h"
 #include "tuning/graph_win_window.h"
+#include "windows/about_window.h"
+#include "windows/debug_display_window.h"
+#include "windows/pup_wait.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -52,6 +56,7 @@ MainEntry::MainEntry(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(
     setWindowTitle("KDX Tool");
     buildControls();
     buildMenus();
+    setFormWidthTwips(TwoMotorWidthTwips);
 
     CommsQualityTmr = new QTimer(this);
     CommsQualityTmr->setObjectName("CommsQualityTmr");
@@ -63,6 +68,11 @@ MainEntry::MainEntry(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(
     MemReqTimer->setInterval(memreq::TimeoutMs);
     MemReqTimer->setSingleShot(true);
     connect(MemReqTimer, &QTimer::timeout, this, [this] { guarded([&] { MemReqTimer_Timer(); }); });
+
+    TestTmr = new QTimer(this);
+    TestTmr->setObjectName("TestTmr");
+    TestTmr->setInterval(testmode::TimerMs);
+    connect(TestTmr, &QTimer::timeout, this, [this] { guarded([&] { TestTmr_Timer(); }); });
 
     config_.setRefreshHandler([this] { RefreshParamDisplay(); });
     config_.setDataModifiedHandler([this](bool flag) { SetDataModified(flag); });
@@ -88,9 +98,14 @@ void MainEntry::Form_Load()
     p.PowerErrorAngle = {4, 4};
     p.RecoveryAngle = {5, 5};
     p.Poles = {14, 14};
+    testMode_.applyTestPower(testmode::DefaultPower);
+    testMode_.applyTestRate(testmode::DefaultRate);
+    showTestValues();
+    UpdateTestButtons();
     DebugIDFr->setVisible(false);
     ShowQVaneAxis(3);
     CommsQualityTmr->start();
+    followTestTmr(); // enabled from start: its first tick sends one idle command and stops
 }
 
 // ---- link ---------------------------------------------------------------------------
@@ -111,9 +126,19 @@ void MainEntry::SendPID(float P, float I, float IA, float D, float G, float V1, 
 void MainEntry::RestartIntoBootloader()
 {
     OutMsg[0] = 3;
-    OutMsg[1] = 254;
-    OutMsg[2] = 257;
+    OutMsg[1] = msg::Bootloader;
+    OutMsg[2] = 3 + msg::Bootloader;
     SendMessage();
+}
+
+void MainEntry::RestartIntoBLcb_Click()
+{
+    if (!ws_.wait) { // the wait window exists from here on, hidden
+        auto wait = std::make_unique<PUPWait>(ws_);
+        ws_.wait = wait.get();
+        ownedWait_ = std::move(wait);
+    }
+    RestartIntoBootloader();
 }
 
 void MainEntry::PutMessageReceived(bool good)
@@ -295,7 +320,98 @@ void MainEntry::Reversecb_Click(int index)
 void MainEntry::Voltagetb_Click()
 {
     if (!ws_.keys || !ws_.keys->shiftDown()) return;
+    if (ws_.debug) {
+        ws_.debug->show();
+        ws_.debug->raise();
+    }
     DebugIDFr->setVisible(true);
+}
+
+// ---- test mode ----------------------------------------------------------------------
+
+void MainEntry::Testcb_Click(int index)
+{
+    testMode_.Testcb_Click(index);
+    UpdateTestButtons();
+    followTestTmr();
+}
+
+void MainEntry::TestOffcb_Click(int index)
+{
+    testMode_.TestOffcb_Click(index);
+    UpdateTestButtons();
+    followTestTmr();
+}
+
+void MainEntry::CancelTest()
+{
+    testMode_.CancelTest();
+    UpdateTestButtons();
+}
+
+void MainEntry::TestTmr_Timer()
+{
+    testMode_.TestTmr_Timer(OutMsg, TargetIsQVane, QVaneAxis);
+    followTestTmr(); // stops before the last command goes out, which still does
+    SendMessage();
+}
+
+void MainEntry::TestDrivecb_Click(int index)
+{
+    buildTuningDrive(OutMsg, index, TargetIsQVane, QVaneAxis);
+    SendMessage();
+}
+
+void MainEntry::TestPtb_Click()
+{
+    const float current = testMode_.testPower();
+    const std::string answer = ws_.dialogs->InputBox(std::string(testmode::PowerPrompt), std::string(kEntryTitle),
+                                                     askValueDefault(current));
+    testMode_.applyTestPower(AskValueResult(current, answer));
+    showTestValues();
+}
+
+void MainEntry::TestRatetb_Click()
+{
+    const float current = testMode_.testRate();
+    const std::string answer = ws_.dialogs->InputBox(std::string(testmode::RatePrompt), std::string(kEntryTitle),
+                                                     askValueDefault(current));
+    testMode_.applyTestRate(AskValueResult(current, answer));
+    showTestValues();
+}
+
+void MainEntry::UpdateTestButtons()
+{
+    for (int m = 0; m < 2; ++m) {
+        paintBack(TestOffcb[static_cast<std::size_t>(m)], testMode_.TestOffcbColour(m));
+        paintBack(Testcb[static_cast<std::size_t>(m)], testMode_.TestcbColour(m));
+    }
+}
+
+void MainEntry::showTestValues()
+{
+    TestPtb->setCaption(QString::fromStdString(testMode_.TestPtbCaption()));
+    TestRatetb->setCaption(QString::fromStdString(testMode_.TestRatetbCaption()));
+}
+
+// The timer follows the model's enabled state; starting it only when it is stopped
+// keeps a running test's 100 ms rhythm through further clicks.
+void MainEntry::followTestTmr()
+{
+    if (!testMode_.TestTmrEnabled())
+        TestTmr->stop();
+    else if (!TestTmr->isActive())
+        TestTmr->start();
+}
+
+// ---- help ---------------------------------------------------------------------------
+
+void MainEntry::mnuAbout_Click()
+{
+    auto* about = new FrmAbout(ws_, this);
+    about->setAttribute(Qt::WA_DeleteOnClose);
+    about->Form_Load();
+    about->open(); // modal to this window, without a nested event loop
 }
 
 // ---- start-up and quit --------------------------------------------------------------

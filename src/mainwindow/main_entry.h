@@ -5,6 +5,7 @@
 // class owns the controls and the handlers.
 #include "config/driver_config.h"
 #include "config/param_label.h"
+#include "config/test_mode.h"
 #include "link/frame.h"
 #include "link/message_sink.h"
 #include "telemetry/changed_only.h"
@@ -18,6 +19,8 @@
 #include <array>
 #include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 
 class QAction;
@@ -51,8 +54,12 @@ public:
     void SendMessage();
     // The gain message of the tuning window, direct or relayed by the target mode.
     void SendPID(float P, float I, float IA, float D, float G, float V1, float V2, int MotorIndex);
-    // Restarts the module into its bootloader (About window and RestartIntoBLcb).
+    // Restarts the module into its bootloader (About window and RestartIntoBLcb): always
+    // the direct form 3, 254, 257, whatever the target.
     void RestartIntoBootloader();
+    // Ends both motors' direction tests (the tuning window calls it); a motor switched
+    // off stays off.
+    void CancelTest();
     // The gain accessors as the tuning window's gain panel uses them.
     GainStore& gainStore() { return gainStore_; }
 
@@ -73,7 +80,18 @@ public:
     void mnuLoad_Click() { LoadConfigcb_Click(); }
     void mnuSave_Click() { SaveConfigcb_Click(); }
     void Reversecb_Click(int index);
+    // Shift+click shows the debug display and the debug identifier; a plain click nothing.
     void Voltagetb_Click();
+    // Test mode.
+    void Testcb_Click(int index);
+    void TestOffcb_Click(int index);
+    void TestDrivecb_Click(int index);
+    void TestPtb_Click();
+    void TestRatetb_Click();
+    void TestTmr_Timer();
+    void RestartIntoBLcb_Click();
+    // Help, About: the About window, modal to this window.
+    void mnuAbout_Click();
     // A click on a parameter label (PTermtb_Click(Index) and the others).
     void ParamLabel_Click(ParamLabel label, int index);
     void KDXAxisSelcb_Click(int index);
@@ -92,8 +110,12 @@ public:
     // Unloads the other windows and ends the program (set by the composition root).
     std::function<void()> unloadAll;
     bool StartupFileLoaded = false;
-    // The telemetry log's header line for the current target mode, CR LF included.
+    // The telemetry log's header line for the current target mode, with the debug
+    // display's titles when it logs its data; CR LF included.
     std::string GetTelemetryFileTitles() const;
+
+    // The window's width with both motors' panels, in twips (15 to the pixel at 96 dpi).
+    static constexpr int TwoMotorWidthTwips = 9720;
 
     // State.
     bool TargetIsQVane = false;
@@ -106,6 +128,7 @@ public:
     CyclicTelemetry live;      // the live values, in display units
     bool TelemetrySeen = false;
     bool DisplayVisible = false;
+    const TestMode& testMode() const { return testMode_; }
 
     // Controls.
     QLabel* CommsQualitylb = nullptr;
@@ -128,6 +151,12 @@ public:
     std::array<QLabel*, 2> ElecAngletb{}, AxisRatetb{}, AxisErrortb{}, AxisPtb{}, AxisItb{}, AxisDtb{},
         ExtGaintb{}, AxisPowertb{}, AxisAngletb{};
     std::array<QPushButton*, 2> TestDrivecb{};
+    std::array<QPushButton*, 2> Testcb{};
+    std::array<QPushButton*, 2> TestOffcb{};
+    ClickLabel* TestPtb = nullptr;
+    ClickLabel* TestRatetb = nullptr;
+    QPushButton* RestartIntoBLcb = nullptr;
+    QTimer* TestTmr = nullptr;
     QLabel* Switchtb = nullptr;
     QGroupBox* ButtonFr = nullptr;
     std::array<QPushButton*, 3> Validitiescb{};
@@ -137,6 +166,8 @@ public:
     QAction* mnuLoad = nullptr;
     QAction* mnuSave = nullptr;
     QAction* mnuExit = nullptr;
+    QAction* mnuAbout = nullptr;
+    QAction* mnuDebug = nullptr;
 
     ClickLabel* label(ParamLabel l, int motor) { return paramLabels.at(l)[static_cast<std::size_t>(motor)]; }
 
@@ -158,6 +189,11 @@ private:
     void showMotorOnePanels(bool visible);
     void afterCyclic();
     void buildLiveValues(int motor, QGroupBox* frame);
+    QGroupBox* buildTestFrame(QWidget* parent);
+    void UpdateTestButtons();
+    void showTestValues();
+    void followTestTmr();
+    void setFormWidthTwips(int twips);
 
     void writeLogLine();
     LiveCaptions captions_;
@@ -194,6 +230,10 @@ private:
     int shownMajor_ = -1, shownMinor_ = -1;
     int LastQVaneAxis = -1;
     bool quitting_ = false;
+    TestMode testMode_;
+    std::optional<bool> motorOneShown_; // as the last direct message or target change left them
+    // The wait window made here when the composition root has none.
+    std::unique_ptr<QWidget> ownedWait_;
 };
 
 } // namespace kdx

@@ -6,6 +6,7 @@
 #include "telemetry/telemetry_setup_window.h"
 #include "tuning/graph_win_window.h"
 #include "platform/qt_guard.h"
+#include "windows/debug_display_window.h"
 
 #include <QAction>
 #include <QApplication>
@@ -49,6 +50,14 @@ constexpr ParamRow kParamRows[] = {
     {ParamLabel::Axistb, "Q-Vane axis", "The Q-Vane axis this motor answers as"},
 };
 
+QString qText(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<int>(s.size())); }
+
+// A button as narrow as its caption allows, for rows of short captions.
+void compact(QPushButton* b)
+{
+    b->setMinimumWidth(b->fontMetrics().horizontalAdvance(b->text()) + 2 * b->fontMetrics().averageCharWidth());
+}
+
 QPushButton* makeButton(const QString& text, const char* name, QWidget* parent)
 {
     auto* b = new QPushButton(text, parent);
@@ -58,13 +67,56 @@ QPushButton* makeButton(const QString& text, const char* name, QWidget* parent)
 
 } // namespace
 
+// Two motor columns (configuration above current values) beside one column of the
+// controls both motors share, so hiding motor 1's column leaves a window one motor wide.
 void MainEntry::buildControls()
 {
     auto* central = new QWidget(this);
-    auto* top = new QVBoxLayout(central);
+    auto* top = new QHBoxLayout(central);
+
+    for (int m = 0; m < 2; ++m) {
+        const auto idx = static_cast<std::size_t>(m);
+        auto* column = new QVBoxLayout;
+        auto* frame = new QGroupBox(QString("Motor %1 Configuration").arg(m + 1), central);
+        frame->setObjectName(QString("MotorConfigfr%1").arg(m));
+        auto* grid = new QGridLayout(frame);
+        int row = 0;
+        for (const ParamRow& r : kParamRows) {
+            auto* caption = new QLabel(r.caption, frame);
+            auto* value = new ClickLabel(frame);
+            value->setObjectName(QString("%1%2").arg(qText(labelName(r.label))).arg(m));
+            value->setToolTip(QString(r.tip) + " (click to change)");
+            const ParamLabel l = r.label;
+            connect(value, &ClickLabel::clicked, this, [this, l, m] { guarded([&] { ParamLabel_Click(l, m); }); });
+            paramLabels[l][idx] = value;
+            caption->setBuddy(value);
+            grid->addWidget(caption, row, 0);
+            grid->addWidget(value, row, 1);
+            ++row;
+        }
+        auto* reverse = new QCheckBox(qText(testmode::ReversecbCaption), frame);
+        reverse->setObjectName(QString("Reversecb%1").arg(m));
+        reverse->setToolTip(qText(testmode::ReversecbTip));
+        connect(reverse, &QCheckBox::clicked, this, [this, m] { guarded([&] { Reversecb_Click(m); }); });
+        Reversecb[idx] = reverse;
+        grid->addWidget(reverse, row, 0, 1, 2);
+        MotorConfigfr[idx] = frame;
+        column->addWidget(frame);
+
+        auto* values = new QGroupBox(QString("Motor %1 Current Values").arg(m + 1), central);
+        values->setObjectName(QString("MotorValuesfr%1").arg(m));
+        new QVBoxLayout(values);
+        buildLiveValues(m, values);
+        MotorValuesfr[idx] = values;
+        column->addWidget(values);
+        column->addStretch(1);
+        top->addLayout(column);
+    }
+
+    auto* shared = new QVBoxLayout;
+    top->addLayout(shared);
 
     // Connection: target kind and Q-Vane axis.
-    auto* connection = new QHBoxLayout;
     auto* targetBox = new QGroupBox("Target", central);
     auto* targetLayout = new QHBoxLayout(targetBox);
     const char* targetCaptions[2] = {"KDX", "QVane"};
@@ -79,7 +131,7 @@ void MainEntry::buildControls()
         TgtSelcb[static_cast<std::size_t>(i)] = b;
     }
     TgtSelcb[0]->setChecked(true);
-    connection->addWidget(targetBox);
+    shared->addWidget(targetBox);
 
     QVaneConnectFr = new QGroupBox("Q-Vane Connect", central);
     QVaneConnectFr->setObjectName("QVaneConnectFr");
@@ -89,109 +141,76 @@ void MainEntry::buildControls()
         auto* b = makeButton(axisCaptions[i], "", QVaneConnectFr);
         b->setObjectName(QString("KDXAxisSelcb%1").arg(i));
         b->setToolTip(QString("Connects to the %1 KDX axis through the Q-Vane").arg(axisCaptions[i]));
+        compact(b);
         connect(b, &QPushButton::clicked, this, [this, i] { guarded([&] { KDXAxisSelcb_Click(i); }); });
         axisLayout->addWidget(b);
         KDXAxisSelcb[static_cast<std::size_t>(i)] = b;
     }
     QVaneConnectFr->setVisible(false);
-    connection->addWidget(QVaneConnectFr);
-    connection->addStretch(1);
+    shared->addWidget(QVaneConnectFr);
 
-    Versiontb = new QLabel(central);
+    // The module: firmware, supply, switch and command inputs.
+    auto* moduleBox = new QGroupBox("Module", central);
+    auto* moduleGrid = new QGridLayout(moduleBox);
+    Versiontb = new QLabel(moduleBox);
     Versiontb->setObjectName("Versiontb");
     Versiontb->setToolTip("Firmware version of the module");
-    connection->addWidget(new QLabel("Firmware:", central));
-    connection->addWidget(Versiontb);
-    top->addLayout(connection);
-
-    // Configuration of each motor.
-    auto* motors = new QHBoxLayout;
-    for (int m = 0; m < 2; ++m) {
-        auto* frame = new QGroupBox(QString("Motor %1 Configuration").arg(m + 1), central);
-        frame->setObjectName(QString("MotorConfigfr%1").arg(m));
-        auto* grid = new QGridLayout(frame);
-        int row = 0;
-        for (const ParamRow& r : kParamRows) {
-            auto* caption = new QLabel(r.caption, frame);
-            auto* value = new ClickLabel(frame);
-            value->setObjectName(QString("%1%2").arg(QString::fromUtf8(labelName(r.label).data(),
-                                                                       static_cast<int>(labelName(r.label).size())))
-                                     .arg(m));
-            value->setToolTip(QString(r.tip) + " (click to change)");
-            const ParamLabel l = r.label;
-            connect(value, &ClickLabel::clicked, this, [this, l, m] { guarded([&] { ParamLabel_Click(l, m); }); });
-            paramLabels[l][static_cast<std::size_t>(m)] = value;
-            caption->setBuddy(value);
-            grid->addWidget(caption, row, 0);
-            grid->addWidget(value, row, 1);
-            ++row;
-        }
-        auto* reverse = new QCheckBox("Reverse", frame);
-        reverse->setObjectName(QString("Reversecb%1").arg(m));
-        reverse->setToolTip("Reverses the drive for the motor");
-        connect(reverse, &QCheckBox::clicked, this, [this, m] { guarded([&] { Reversecb_Click(m); }); });
-        Reversecb[static_cast<std::size_t>(m)] = reverse;
-        grid->addWidget(reverse, row, 0, 1, 2);
-        MotorConfigfr[static_cast<std::size_t>(m)] = frame;
-        motors->addWidget(frame);
-
-        auto* values = new QGroupBox(QString("Motor %1 Current Values").arg(m + 1), central);
-        values->setObjectName(QString("MotorValuesfr%1").arg(m));
-        new QVBoxLayout(values);
-        buildLiveValues(m, values);
-        MotorValuesfr[static_cast<std::size_t>(m)] = values;
-        motors->addWidget(values);
+    moduleGrid->addWidget(new QLabel("Firmware", moduleBox), 0, 0);
+    moduleGrid->addWidget(Versiontb, 0, 1);
+    Voltagetb = new ClickLabel(moduleBox);
+    Voltagetb->setObjectName("Voltagetb");
+    Voltagetb->setToolTip("Current supply voltage for the KDX motor driver");
+    Voltagetb->setCursor(Qt::ArrowCursor);
+    connect(Voltagetb, &ClickLabel::clicked, this, [this] { guarded([&] { Voltagetb_Click(); }); });
+    moduleGrid->addWidget(new QLabel("Supply (V)", moduleBox), 1, 0);
+    moduleGrid->addWidget(Voltagetb, 1, 1);
+    auto* inputs = new QHBoxLayout;
+    const char* inputNames[3] = {"PPM", "Spektrum", "SBUS"};
+    for (int i = 0; i < 3; ++i) {
+        auto* b = new QPushButton(inputNames[i], moduleBox);
+        b->setObjectName(QString("Validitiescb%1").arg(i));
+        b->setToolTip(QString("Validity of the %1 command input, as the Q-Vane reports it").arg(inputNames[i]));
+        b->setFocusPolicy(Qt::NoFocus);
+        compact(b);
+        Validitiescb[static_cast<std::size_t>(i)] = b;
+        inputs->addWidget(b);
     }
-    top->addLayout(motors);
-
-    // Transfer buttons and status.
-    auto* transfer = new QHBoxLayout;
-    ReadConfigcb = makeButton("&Read", "ReadConfigcb", central);
-    ReadConfigcb->setToolTip("Read the configuration from the module");
-    WriteConfigcb = makeButton("&Write", "WriteConfigcb", central);
-    WriteConfigcb->setToolTip("Write the configuration to the module");
-    LoadConfigcb = makeButton("Load", "LoadConfigcb", central);
-    LoadConfigcb->setToolTip("Load the configuration from a backup file");
-    SaveConfigcb = makeButton("Save", "SaveConfigcb", central);
-    SaveConfigcb->setToolTip("Save the configuration to a backup file");
-    connect(ReadConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { ReadConfigcb_Click(); }); });
-    connect(WriteConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { WriteConfigcb_Click(); }); });
-    connect(LoadConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { LoadConfigcb_Click(); }); });
-    connect(SaveConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { SaveConfigcb_Click(); }); });
-    MemReqtb = new QLabel(central);
-    MemReqtb->setObjectName("MemReqtb");
-    MemReqtb->setMinimumWidth(110);
-    for (QWidget* w : {static_cast<QWidget*>(ReadConfigcb), static_cast<QWidget*>(WriteConfigcb),
-                       static_cast<QWidget*>(LoadConfigcb), static_cast<QWidget*>(SaveConfigcb),
-                       static_cast<QWidget*>(MemReqtb)})
-        transfer->addWidget(w);
-    transfer->addStretch(1);
-
-    ButtonFr = new QGroupBox("Switch", central);
+    moduleGrid->addLayout(inputs, 2, 0, 1, 2);
+    ButtonFr = new QGroupBox("Switch", moduleBox);
     ButtonFr->setObjectName("ButtonFr");
     auto* switchLayout = new QHBoxLayout(ButtonFr);
     Switchtb = new QLabel(ButtonFr);
     Switchtb->setObjectName("Switchtb");
     switchLayout->addWidget(Switchtb);
     ButtonFr->setVisible(false);
-    transfer->addWidget(ButtonFr);
-    const char* inputs[3] = {"PPM", "Spektrum", "SBUS"};
-    for (int i = 0; i < 3; ++i) {
-        auto* b = new QPushButton(inputs[i], central);
-        b->setObjectName(QString("Validitiescb%1").arg(i));
-        b->setToolTip(QString("Validity of the %1 command input, as the Q-Vane reports it").arg(inputs[i]));
-        b->setFocusPolicy(Qt::NoFocus);
-        Validitiescb[static_cast<std::size_t>(i)] = b;
-        transfer->addWidget(b);
-    }
+    moduleGrid->addWidget(ButtonFr, 3, 0, 1, 2);
+    shared->addWidget(moduleBox);
 
-    Voltagetb = new ClickLabel(central);
-    Voltagetb->setObjectName("Voltagetb");
-    Voltagetb->setToolTip("Current supply voltage for the KDX motor driver");
-    Voltagetb->setCursor(Qt::ArrowCursor);
-    connect(Voltagetb, &ClickLabel::clicked, this, [this] { guarded([&] { Voltagetb_Click(); }); });
-    transfer->addWidget(new QLabel("Supply (V):", central));
-    transfer->addWidget(Voltagetb);
+    // Transfer buttons and status.
+    auto* transferBox = new QGroupBox("Configuration", central);
+    auto* transfer = new QGridLayout(transferBox);
+    ReadConfigcb = makeButton("&Read", "ReadConfigcb", transferBox);
+    ReadConfigcb->setToolTip("Read the configuration from the module");
+    WriteConfigcb = makeButton("&Write", "WriteConfigcb", transferBox);
+    WriteConfigcb->setToolTip("Write the configuration to the module");
+    LoadConfigcb = makeButton("Load", "LoadConfigcb", transferBox);
+    LoadConfigcb->setToolTip("Load the configuration from a backup file");
+    SaveConfigcb = makeButton("Save", "SaveConfigcb", transferBox);
+    SaveConfigcb->setToolTip("Save the configuration to a backup file");
+    connect(ReadConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { ReadConfigcb_Click(); }); });
+    connect(WriteConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { WriteConfigcb_Click(); }); });
+    connect(LoadConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { LoadConfigcb_Click(); }); });
+    connect(SaveConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { SaveConfigcb_Click(); }); });
+    transfer->addWidget(ReadConfigcb, 0, 0);
+    transfer->addWidget(WriteConfigcb, 0, 1);
+    transfer->addWidget(LoadConfigcb, 1, 0);
+    transfer->addWidget(SaveConfigcb, 1, 1);
+    MemReqtb = new QLabel(transferBox);
+    MemReqtb->setObjectName("MemReqtb");
+    transfer->addWidget(MemReqtb, 2, 0, 1, 2);
+    shared->addWidget(transferBox);
+
+    shared->addWidget(buildTestFrame(central));
 
     DebugIDFr = new QGroupBox("Debug", central);
     DebugIDFr->setObjectName("DebugIDFr");
@@ -202,8 +221,8 @@ void MainEntry::buildControls()
     connect(DebIDtb, &ClickLabel::clicked, this, [this] { guarded([&] { ParamLabel_Click(ParamLabel::DebIDtb, 0); }); });
     debugLayout->addWidget(new QLabel("Debug ID", DebugIDFr));
     debugLayout->addWidget(DebIDtb);
-    transfer->addWidget(DebugIDFr);
-    top->addLayout(transfer);
+    shared->addWidget(DebugIDFr);
+    shared->addStretch(1);
 
     setCentralWidget(central);
 
@@ -211,6 +230,32 @@ void MainEntry::buildControls()
     CommsQualitylb->setObjectName("CommsQualitylb");
     CommsQualitylb->setToolTip("Comms quality: messages received against the 100 per second expected");
     statusBar()->addPermanentWidget(CommsQualitylb);
+}
+
+// The shared test-mode values and the bootloader restart. The per-motor test buttons
+// sit in each motor's Current Values panel.
+QGroupBox* MainEntry::buildTestFrame(QWidget* parent)
+{
+    auto* frame = new QGroupBox("Motor Test", parent);
+    frame->setObjectName("TestFr");
+    auto* layout = new QGridLayout(frame);
+    TestPtb = new ClickLabel(frame);
+    TestPtb->setObjectName("TestPtb");
+    TestPtb->setToolTip(qText(testmode::TestPtbTip));
+    connect(TestPtb, &ClickLabel::clicked, this, [this] { guarded([&] { TestPtb_Click(); }); });
+    TestRatetb = new ClickLabel(frame);
+    TestRatetb->setObjectName("TestRatetb");
+    TestRatetb->setToolTip(qText(testmode::TestRatetbTip));
+    connect(TestRatetb, &ClickLabel::clicked, this, [this] { guarded([&] { TestRatetb_Click(); }); });
+    layout->addWidget(new QLabel("Power", frame), 0, 0);
+    layout->addWidget(TestPtb, 0, 1);
+    layout->addWidget(new QLabel("Rate", frame), 1, 0);
+    layout->addWidget(TestRatetb, 1, 1);
+    RestartIntoBLcb = makeButton("Restart Into Bootloader", "RestartIntoBLcb", frame);
+    RestartIntoBLcb->setToolTip("Restarts the module into its bootloader, for a firmware update");
+    connect(RestartIntoBLcb, &QPushButton::clicked, this, [this] { guarded([&] { RestartIntoBLcb_Click(); }); });
+    layout->addWidget(RestartIntoBLcb, 2, 0, 1, 2);
+    return frame;
 }
 
 void MainEntry::buildMenus()
@@ -257,6 +302,18 @@ void MainEntry::buildMenus()
         }
     });
     logging->setObjectName("mnuLogging");
+    mnuDebug = window->addAction("&Debug Display", this, [this] {
+        if (ws_.debug) {
+            ws_.debug->show();
+            ws_.debug->raise();
+        }
+    });
+    mnuDebug->setObjectName("mnuDebug");
+
+    QMenu* help = menuBar()->addMenu("&Help");
+    help->setObjectName("mnuHelp");
+    mnuAbout = help->addAction("&About", this, [this] { guarded([&] { mnuAbout_Click(); }); });
+    mnuAbout->setObjectName("mnuAbout");
 }
 
 } // namespace kdx

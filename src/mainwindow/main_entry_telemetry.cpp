@@ -4,17 +4,21 @@
 #include "mainwindow/click_label.h"
 #include "mainwindow/main_entry.h"
 #include "link/comms_link_window.h"
+#include "platform/qt_guard.h"
+#include "windows/debug_display_window.h"
 #include "windows/pup_wait.h"
 #include "telemetry/log_line.h"
 #include "telemetry/telemetry_setup_window.h"
 #include "tuning/graph_win_window.h"
 
-#include <QTimer>
-
 #include <QGroupBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace kdx {
 
@@ -64,6 +68,7 @@ void MainEntry::PutCyclicMsg(const MsgView& msg)
     const CyclicTelemetry decoded = decodeCyclicMsg(msg);
     applyDecoded(live, decoded);
     showMotorOnePanels((live.MotorConfigBits & 8) == 0);
+    if (ws_.debug) ws_.debug->PutDebugData(live.debug);
     ShowVersion(live.VersionMajor, live.VersionMinor);
     if (ws_.graph) {
         ws_.graph->PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
@@ -90,12 +95,26 @@ void MainEntry::SetTargetIsQVane(bool value)
     TargetIsQVane = value;
 }
 
+// Motor 1's panels, and the window width that goes with them: the two-motor width when
+// they show, the width of one motor's panels when they go. The width is set only when
+// the panels appear or go, so a width the user chose afterwards stays.
 void MainEntry::showMotorOnePanels(bool visible)
 {
-    if (MotorConfigfr[1]->isVisibleTo(this) == visible && MotorValuesfr[1]->isVisibleTo(this) == visible) return;
+    if (motorOneShown_ && *motorOneShown_ == visible) return;
+    motorOneShown_ = visible;
     MotorConfigfr[1]->setVisible(visible);
     MotorValuesfr[1]->setVisible(visible);
-    adjustSize();
+    setFormWidthTwips(visible ? TwoMotorWidthTwips : 0); // 0: as narrow as one motor's column allows
+}
+
+// Form widths are in twips: 15 to the pixel at 96 dpi, scaled with the screen. The
+// layout's minimum wins where the fonts need more (and is what 0 asks for).
+void MainEntry::setFormWidthTwips(int twips)
+{
+    const int px = qRound(twips / 15.0 * logicalDpiX() / 96.0);
+    centralWidget()->layout()->activate();
+    layout()->activate();
+    resize(std::max(px, minimumSizeHint().width()), height());
 }
 
 void MainEntry::ShowLiveValues()
@@ -124,13 +143,20 @@ void MainEntry::ShowLiveValues()
     DebIDtb->setCaption(QString::number(config_.debugId()));
 }
 
-std::string MainEntry::GetTelemetryFileTitles() const { return telemetryFileTitles(TargetIsQVane); }
+std::string MainEntry::GetTelemetryFileTitles() const
+{
+    if (ws_.debug && ws_.debug->GetLogDebugData()) return telemetryFileTitles(TargetIsQVane, ws_.debug->GetDebugTitles());
+    return telemetryFileTitles(TargetIsQVane);
+}
 
 void MainEntry::writeLogLine()
 {
     if (!ws_.logging || !ws_.logging->GetLoggingDataToFile()) return;
     logLine_.clear();
-    appendTelemetryLogLine(logLine_, live);
+    if (ws_.debug && ws_.debug->GetLogDebugData())
+        appendTelemetryLogLine(logLine_, live, ws_.debug->GetDebugStrToLog());
+    else
+        appendTelemetryLogLine(logLine_, live);
     ws_.logging->PutStringToLog(logLine_);
 }
 
@@ -176,11 +202,29 @@ void MainEntry::buildLiveValues(int m, QGroupBox* frame)
         grid->addWidget(value, row, 1);
         ++row;
     }
-    auto* tuning = new QPushButton("Tuning", frame);
-    tuning->setObjectName(QString("TestDrivecb%1").arg(m));
-    tuning->setToolTip("Activates Q-Vane drive for tuning. Note Q-Vane must be in fixed-position mode for it to activate");
-    TestDrivecb[static_cast<std::size_t>(m)] = tuning;
-    grid->addWidget(tuning, row, 0, 1, 2);
+    // Test mode for this motor: direction test, off, and the tuning drive.
+    const auto text = [](std::string_view s) { return QString::fromUtf8(s.data(), static_cast<int>(s.size())); };
+    const auto idx = static_cast<std::size_t>(m);
+    auto* test = new QHBoxLayout;
+    Testcb[idx] = new QPushButton(text(testmode::TestcbCaption), frame);
+    Testcb[idx]->setObjectName(QString("Testcb%1").arg(m));
+    Testcb[idx]->setToolTip(text(testmode::TestcbTip));
+    connect(Testcb[idx], &QPushButton::clicked, this, [this, m] { guarded([&] { Testcb_Click(m); }); });
+    TestOffcb[idx] = new QPushButton(frame); // no caption: the colour tells
+    TestOffcb[idx]->setObjectName(QString("TestOffcb%1").arg(m));
+    TestOffcb[idx]->setToolTip(text(testmode::TestOffcbTip));
+    TestOffcb[idx]->setFixedWidth(TestOffcb[idx]->sizeHint().height());
+    connect(TestOffcb[idx], &QPushButton::clicked, this, [this, m] { guarded([&] { TestOffcb_Click(m); }); });
+    TestDrivecb[idx] = new QPushButton(text(testmode::TestDrivecbCaption), frame);
+    TestDrivecb[idx]->setObjectName(QString("TestDrivecb%1").arg(m));
+    TestDrivecb[idx]->setToolTip(text(testmode::TestDrivecbTip));
+    connect(TestDrivecb[idx], &QPushButton::clicked, this, [this, m] { guarded([&] { TestDrivecb_Click(m); }); });
+    for (QPushButton* b : {Testcb[idx], TestDrivecb[idx]})
+        b->setMinimumWidth(b->fontMetrics().horizontalAdvance(b->text()) + 2 * b->fontMetrics().averageCharWidth());
+    test->addWidget(Testcb[idx]);
+    test->addWidget(TestOffcb[idx]);
+    test->addWidget(TestDrivecb[idx]);
+    grid->addLayout(test, row, 0, 1, 2);
 }
 
 } // namespace kdx

@@ -1,11 +1,13 @@
 #pragma once
 // The program's link and main window on the fakes, as the window tests start them:
-// a fake port (opened by the scan), scripted dialogs, a Shift key, the Comms Link and
-// the main window loaded, and the written bytes cleared.
+// a fake port (opened by the scan), scripted dialogs, a Shift key, the Comms Link, the
+// debug display and the main window loaded, the test timer's start-up tick taken, and
+// the written bytes cleared.
 #include "fakes/fake_serial_port.h"
 #include "fakes/scripted_dialogs.h"
 #include "link/comms_link_window.h"
 #include "mainwindow/main_entry.h"
+#include "windows/debug_display_window.h"
 
 namespace kdx::test {
 
@@ -15,6 +17,7 @@ struct ProgramRig {
     FakeKeyState keys;
     Workspace ws;
     CommsLink comms{port, dialogs};
+    DebugDisplay debug;
     MainEntry main{ws};
 
     ProgramRig()
@@ -24,9 +27,11 @@ struct ProgramRig {
         ws.keys = &keys;
         ws.port = &port;
         ws.main = &main;
+        ws.debug = &debug;
         comms.setMessageSink(&main);
         comms.Form_Load();
         main.Form_Load();
+        main.TestTmr_Timer(); // the start-up tick (one idle test command) taken now, not at random
         port.written.clear();
     }
 };

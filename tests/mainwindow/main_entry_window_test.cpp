@@ -4,6 +4,7 @@
 #include "mainwindow/click_label.h"
 #include "mainwindow/main_entry.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QDir>
 #include <QGroupBox>
@@ -218,13 +219,20 @@ TEST(MainEntryWindow, SaveAndLoadBackupFiles)
     EXPECT_EQ(r.text(ParamLabel::Axistb, 0), "Off");
 }
 
-TEST(MainEntryWindow, ShiftClickOnVoltageRevealsTheDebugFrame)
+TEST(MainEntryWindow, ShiftClickOnVoltageRevealsTheDebugDisplayAndFrame)
 {
     Rig r;
     r.main.show();
     QTest::mouseClick(r.main.Voltagetb, Qt::LeftButton);
     EXPECT_FALSE(r.main.DebugIDFr->isVisible());
+    EXPECT_FALSE(r.debug.isVisible());
     r.keys.shift = true;
     QTest::mouseClick(r.main.Voltagetb, Qt::LeftButton);
     EXPECT_TRUE(r.main.DebugIDFr->isVisible());
+    EXPECT_TRUE(r.debug.isVisible());
+    // Closed with its close box, the Window menu brings it back.
+    r.debug.close();
+    ASSERT_FALSE(r.debug.isVisible());
+    r.main.mnuDebug->trigger();
+    EXPECT_TRUE(r.debug.isVisible());
 }
