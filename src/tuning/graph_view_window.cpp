@@ -14,7 +14,11 @@ GraphView::GraphView(QWidget* parent) : QWidget(parent)
     // Every pixel comes from the image: Qt need not erase first.
     setAttribute(Qt::WA_OpaquePaintEvent);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    canvas_.setOnChanged([this] { update(); });
+    // A stroke asks for one repaint of just the area drawn on, collected until the event
+    // loop runs again: a new sample repaints a few narrow columns, not the whole graph.
+    canvas_.setOnChanged([this] {
+        QMetaObject::invokeMethod(this, [this] { update(canvas_.takeDirty()); }, Qt::QueuedConnection);
+    });
 }
 
 QSize GraphView::sizeHint() const { return {800, 400}; }

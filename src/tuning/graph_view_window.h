@@ -1,7 +1,7 @@
 #pragma once
 // The picture of the tuning graph (`Graphpb`): it owns the backing image the renderer
-// draws on and only blits it. A stroke marks the widget dirty with update(), so Qt
-// repaints at most once per screen frame however many samples arrive.
+// draws on and only blits it. Strokes mark the area they touched dirty, and Qt repaints
+// that area once however many samples arrived in between.
 #include "tuning/qt_image_canvas.h"
 
 #include <QWidget>

@@ -5,6 +5,8 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <utility>
+#include <algorithm>
 
 namespace kdx {
 
@@ -69,7 +71,6 @@ void QtImageCanvas::flush()
     if (painter_.isActive()) painter_.end();
     penValid_ = false;
     pixels_ = nullptr;
-    changed_ = false;
 }
 
 const QImage& QtImageCanvas::image()
@@ -78,12 +79,34 @@ const QImage& QtImageCanvas::image()
     return image_;
 }
 
-void QtImageCanvas::changed()
+void QtImageCanvas::changed(const QRect& area)
 {
-    if (changed_) return;
-    changed_ = true;
+    dirty_ |= area;
+    if (notified_) return;
+    notified_ = true;
     if (onChanged_) onChanged_();
 }
+
+QRect QtImageCanvas::takeDirty()
+{
+    notified_ = false;
+    return std::exchange(dirty_, QRect()) & image_.rect();
+}
+
+namespace {
+
+// The pixels a stroke of this width between two points can touch.
+QRect strokeBounds(double x0, double y0, double x1, double y1, double penWidth)
+{
+    const double reach = penWidth / 2 + 1;
+    const int left = static_cast<int>(std::floor(std::min(x0, x1) - reach));
+    const int top = static_cast<int>(std::floor(std::min(y0, y1) - reach));
+    const int right = static_cast<int>(std::ceil(std::max(x0, x1) + reach));
+    const int bottom = static_cast<int>(std::ceil(std::max(y0, y1) + reach));
+    return QRect(QPoint(left, top), QPoint(right, bottom));
+}
+
+} // namespace
 
 QPainter& QtImageCanvas::painter()
 {
@@ -109,7 +132,7 @@ void QtImageCanvas::setPen(uint32_t bgr, double penWidth)
 void QtImageCanvas::clear(uint32_t bgr)
 {
     if (image_.isNull()) return;
-    changed();
+    changed(image_.rect());
     if (painter_.isActive())
         painter_.fillRect(image_.rect(), toQColor(bgr));
     else
@@ -124,7 +147,7 @@ void QtImageCanvas::line(double x0, double y0, double x1, double y1, uint32_t bg
         return;
     }
     if (!std::isfinite(x0) || !std::isfinite(y0) || !std::isfinite(x1) || !std::isfinite(y1)) return;
-    changed();
+    changed(strokeBounds(x0, y0, x1, y1, penWidth));
     QPainter& p = painter();
     setPen(bgr, penWidth);
     p.drawLine(QLineF(x0, y0, x1, y1));
@@ -136,7 +159,7 @@ void QtImageCanvas::thinLine(double x0, double y0, double x1, double y1, uint32_
 {
     const int w = image_.width(), h = image_.height();
     if (!clipTo(w, h, x0, y0, x1, y1)) return;
-    changed();
+    changed(strokeBounds(x0, y0, x1, y1, 1));
     if (!pixels_) pixels_ = image_.bits(); // detaches a copy handed out before
     const qsizetype stride = image_.bytesPerLine();
     const Rgb c = fromBgr(bgr);

@@ -13,6 +13,7 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QRect>
 
 #include <functional>
 
@@ -34,8 +35,11 @@ public:
     // The picture as drawn so far (flushes first). A copy taken of it stays as it was.
     const QImage& image();
 
-    // Called once for the first change after each flush: the widget marks itself dirty.
+    // Called once for the first change after each takeDirty(): the widget schedules a
+    // repaint of what takeDirty() then returns.
     void setOnChanged(std::function<void()> onChanged) { onChanged_ = std::move(onChanged); }
+    // The part of the image changed since the last call, and re-arms setOnChanged.
+    QRect takeDirty();
     // Receives the value labels of each axis as the renderer places them.
     void setOnLabels(std::function<void(int axis, const AxisLabels&)> onLabels)
     {
@@ -53,7 +57,7 @@ public:
     void axisLabels(int axis, const AxisLabels& labels) override;
 
 private:
-    void changed();
+    void changed(const QRect& area);
     QPainter& painter();
     void setPen(uint32_t bgr, double penWidth);
     void thinLine(double x0, double y0, double x1, double y1, uint32_t bgr);
@@ -63,7 +67,8 @@ private:
     // The image's pixels while it is being drawn on; fetched again after each flush, so
     // a copy handed out by image() is detached from before the next stroke.
     uchar* pixels_ = nullptr;
-    bool changed_ = false;
+    bool notified_ = false;
+    QRect dirty_;
     // The pen last given to the open painter, so consecutive wide strokes of one colour
     // and width do not set it again.
     bool penValid_ = false;
