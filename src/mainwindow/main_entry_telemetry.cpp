@@ -11,6 +11,7 @@
 #include "telemetry/telemetry_setup_window.h"
 #include "tuning/graph_win_window.h"
 
+#include <QFontMetrics>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -196,7 +197,12 @@ void MainEntry::buildLiveValues(int m, QGroupBox* frame)
         value->setFrameShape(QFrame::Panel);
         value->setFrameShadow(QFrame::Sunken);
         value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-        value->setMinimumWidth(64);
+        // A live value changes a hundred times a second. Opaque and of fixed size, the
+        // label repaints only itself: no relayout, no repaint of the panel behind it.
+        value->setAutoFillBackground(true);
+        const QFontMetrics fm = value->fontMetrics();
+        value->setFixedSize(std::max(64, fm.horizontalAdvance("-00000.00") + 2 * value->frameWidth() + 8),
+                            fm.height() + 2 * value->frameWidth() + 4);
         (*r.labels)[static_cast<std::size_t>(m)] = value;
         grid->addWidget(new QLabel(r.caption, frame), row, 0);
         grid->addWidget(value, row, 1);
