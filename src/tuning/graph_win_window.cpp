@@ -433,7 +433,11 @@ void GraphWin::showGains()
         LockVcb->setChecked(panel.Locked());
     }
     // The gain message runs exactly while "Enab" is ticked.
-    if (enabled && !GainMsgTmr->isActive()) GainMsgTmr->start();
+    if (enabled && !GainMsgTmr->isActive()) {
+        // Tuning takes over the motor: a test drive in its direction would fight the gains.
+        if (ws_.main) ws_.main->CancelTest();
+        GainMsgTmr->start();
+    }
     if (!enabled && GainMsgTmr->isActive()) GainMsgTmr->stop();
 }
 

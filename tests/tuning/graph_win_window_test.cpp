@@ -278,7 +278,10 @@ TEST(GraphWinWindow, StepButtonPutsTheTunedGainsIntoUseAtOnce)
     r.loadConfiguration(kExample, kExample);
     r.win->MotorSelcb_Click(0);
     EXPECT_FALSE(r.win->GainMsgTmr->isActive());
+    QTest::mouseClick(r.main.Testcb[0], Qt::LeftButton); // a test drive in progress
+    EXPECT_EQ(face(r.main.Testcb[0]), kGreenFace);
     QTest::mouseClick(r.win->PInccb[1], Qt::LeftButton);
+    EXPECT_NE(face(r.main.Testcb[0]), kGreenFace) << "tuning cancels the test drive";
     EXPECT_EQ(r.win->Ptb->text(), "110%");
     EXPECT_TRUE(r.win->Enablecb->isChecked());
     EXPECT_TRUE(r.win->GainMsgTmr->isActive());
