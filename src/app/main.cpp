@@ -7,6 +7,7 @@
 #include "platform/qt_key_state.h"
 #include "platform/qt_serial_port.h"
 #include "sim/qt_sim_port.h"
+#include "windows/about_window.h"
 #include "windows/debug_display_window.h"
 #include "windows/pup_wait.h"
 #include "windows/velmor_logo.h"
@@ -15,34 +16,104 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDir>
+#include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
+#include <memory>
+#include <string_view>
+
+namespace {
+
+// How long the simulated module runs before the pictures are taken: enough for the
+// configuration read and a few seconds of the tuning sweep.
+constexpr int kScreenshotDelayMs = 6000;
+
+// Saves each window of the program as DIR/NAME.png, the hidden ones shown for it.
+bool saveScreenshots(const QString& dirPath, kdx::Workspace& ws)
+{
+    QDir dir;
+    if (!dir.mkpath(dirPath)) {
+        std::fprintf(stderr, "kdxtool: cannot create %s\n", qPrintable(dirPath));
+        return false;
+    }
+    kdx::FrmAbout about(ws, ws.main);
+    const std::pair<QWidget*, const char*> windows[] = {
+        {ws.main, "main"},       {ws.graph, "tuning"},
+        {ws.comms, "comms-link"},
+        {ws.logging, "data-logging"},
+        {ws.debug, "debug-display"},
+        {&about, "about"},       {ws.wait, "wait"},
+    };
+    for (const auto& [w, _] : windows) w->show();
+    QCoreApplication::processEvents(); // lay out and paint what was just shown
+    bool ok = true;
+    for (const auto& [w, name] : windows) {
+        const QString path = QDir(dirPath).filePath(QString(name) + ".png");
+        if (w->grab().save(path)) {
+            std::printf("%s\n", qPrintable(path));
+        } else {
+            std::fprintf(stderr, "kdxtool: cannot write %s\n", qPrintable(path));
+            ok = false;
+        }
+    }
+    return ok;
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
-    QApplication app(argc, argv);
+    // --help and --version print and exit inside parser.process(); they need no display,
+    // so they get a plain application and work on a machine without one.
+    const bool textOnly = std::any_of(argv + 1, argv + argc, [](const char* arg) {
+        const std::string_view a(arg);
+        return a == "-h" || a == "--help" || a == "-?" || a == "-v" || a == "--version";
+    });
+    const std::unique_ptr<QCoreApplication> app =
+        textOnly ? std::make_unique<QCoreApplication>(argc, argv) : std::make_unique<QApplication>(argc, argv);
     QApplication::setApplicationName("KDX Tool");
-    QApplication::setWindowIcon(kdx::kdxToolIcon());
     QApplication::setApplicationVersion(QString("%1.%2.%3").arg(KDX_VERSION_MAJOR).arg(KDX_VERSION_MINOR).arg(KDX_VERSION_PATCH));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription("Configure, tune and monitor a KDX brushless motor driver.");
+    parser.setApplicationDescription("Configure, tune and monitor a KDX brushless motor driver.\n\n"
+                                     "Examples:\n"
+                                     "  kdxtool --simulate                      try it on the simulated KDX\n"
+                                     "  kdxtool --port /dev/ttyUSB0 gimbal.kdx  open a port, load a backup");
     parser.addHelpOption();
     parser.addVersionOption();
-    QCommandLineOption portOption("port", "Add PATH to the port list and select it, e.g. --port /dev/ttyUSB0.", "PATH");
+    QCommandLineOption portOption(
+        "port", "Select the serial port PATH (added to the port list if a scan does not find it), e.g. --port /dev/ttyUSB0.",
+        "PATH");
     parser.addOption(portOption);
     QCommandLineOption simulateOption(
-        "simulate", "Connect to the built-in simulated module: a KDX, or with =qvane a Q-Vane with three KDX axes.",
+        "simulate",
+        "Connect to the built-in simulated module instead of a serial port: --simulate alone a KDX, "
+        "--simulate=qvane a Q-Vane with three KDX axes.",
         "qvane");
     parser.addOption(simulateOption);
-    parser.addPositionalArgument("FILE", "A configuration (.kdx) or tuning (.btf) file to open.");
+    QCommandLineOption screenshotOption(
+        "screenshot",
+        "Run against the simulated module (unless --port or --simulate says otherwise) for a few seconds, save a "
+        "picture of each window as DIR/NAME.png and exit, e.g. --screenshot pictures.",
+        "DIR");
+    parser.addOption(screenshotOption);
+    parser.addPositionalArgument("FILE", "A configuration backup (.kdx) to load, or a tuning file (.btf) for the tuning window.",
+                                 "[FILE]");
     // --simulate takes an optional value; Qt's parser wants one, so a bare flag is
     // rewritten before parsing.
-    QStringList args = app.arguments();
+    QStringList args = QCoreApplication::arguments();
     for (QString& a : args)
         if (a == "--simulate" || a == "-simulate") a = "--simulate=kdx";
     parser.process(args);
-    const QString simulate = parser.value(simulateOption);
+    if (textOnly) parser.showHelp(0); // "-h" and the like taken as an option's value
+    // The installed desktop entry and icon: Wayland matches windows to kdxtool.desktop.
+    QGuiApplication::setDesktopFileName("kdxtool");
+    QApplication::setWindowIcon(kdx::kdxToolIcon());
+    const QString screenshotDir = parser.value(screenshotOption);
+    QString simulate = parser.value(simulateOption);
+    if (!screenshotDir.isEmpty() && simulate.isEmpty() && parser.value(portOption).isEmpty()) simulate = "kdx";
     if (!simulate.isEmpty() && simulate != "kdx" && simulate != "qvane") {
         std::fprintf(stderr, "kdxtool: --simulate takes no value or =qvane\n");
         return 2;
@@ -109,7 +180,12 @@ int main(int argc, char** argv)
         if (!(path.startsWith('"') && path.endsWith('"') && path.size() >= 2)) path = '"' + path + '"';
         mainWindow.handleCommandLine(path.toStdString());
     }
-    const int rc = app.exec();
+    if (!screenshotDir.isEmpty()) {
+        // As a user would: once the configuration is read, pick motor 1 for tuning.
+        QTimer::singleShot(kScreenshotDelayMs / 3, [&] { graph.MotorSelcb_Click(0); });
+        QTimer::singleShot(kScreenshotDelayMs, [&] { QCoreApplication::exit(saveScreenshots(screenshotDir, ws) ? 0 : 1); });
+    }
+    const int rc = QCoreApplication::exec();
     comms.unload();
     return rc;
 }
