@@ -25,13 +25,20 @@ constexpr std::size_t kWriteBlock = 1 << 20; // log text collected before it is 
 const char* const kUsage =
     "usage: kdxctl decode RECORDING [-o OUT]\n"
     "\n"
-    "Turns a recorded byte stream (the raw bytes of the serial line, as the Comms Link\n"
-    "window plays them) into the telemetry log the Data Logging window writes: the header\n"
-    "in the mode of the first cyclic message, then one line per cyclic message in its own\n"
-    "mode, without debug columns. The log goes to OUT (replaced as a whole) or to standard\n"
-    "output; the byte and message counts go to standard error.\n"
+    "Turns a recorded byte stream (the raw bytes of the serial line, as the Comms\n"
+    "Link window plays them) into the telemetry log the Data Logging window writes:\n"
+    "the header in the mode of the first cyclic message, then one line per cyclic\n"
+    "message in its own mode, without debug columns. The log goes to OUT or to\n"
+    "standard output; the byte and message counts go to standard error.\n"
     "\n"
-    "example: kdxctl decode 'Run 0.Log' -o Run1.csv\n";
+    "  RECORDING          raw serial bytes: a saved Comms Link recording, or the\n"
+    "                     output of kdxctl sim --record\n"
+    "  -o, --output OUT   write the log to OUT instead of standard output; OUT is\n"
+    "                     replaced only once the whole log is written\n"
+    "\n"
+    "example:\n"
+    "  kdxctl decode 'Run 0.Log' -o Run1.csv\n"
+    "  kdxctl decode hour.rec | head -3\n";
 
 std::string osReason(int err) { return std::generic_category().message(err); }
 

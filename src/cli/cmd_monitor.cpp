@@ -31,17 +31,26 @@ constexpr double kSimTick = 0.01;       // the simulated module is advanced 100 
 constexpr double kProbeInterval = 1.0;  // asks a Q-Vane for its Tilt axis until telemetry comes
 
 const char* const kUsage =
-    "usage: kdxctl monitor --port DEV | --simulate[=qvane] [--seconds S]\n"
+    "usage: kdxctl monitor --port DEV [--seconds S]\n"
+    "       kdxctl monitor --simulate[=qvane] [--seconds S]\n"
     "\n"
-    "Prints the telemetry log of a live module on standard output as it arrives: the\n"
-    "header once the first cyclic message shows the mode, then one line per message,\n"
-    "exactly as the Data Logging window writes them. Until telemetry arrives it asks a\n"
-    "Q-Vane for its Tilt axis once a second, as the program does while it waits.\n"
-    "--simulate runs the built-in simulated KDX (or Q-Vane) in real time instead of a port.\n"
-    "Stops after S seconds or on Ctrl-C; the counts go to standard error. Fails when no\n"
-    "telemetry arrived at all.\n"
+    "Prints the telemetry log of a live module on standard output as it arrives:\n"
+    "the header once the first cyclic message shows the mode, then one line per\n"
+    "message, exactly as the Data Logging window writes them. Until telemetry\n"
+    "arrives it asks a Q-Vane for its Tilt axis once a second, as the program does\n"
+    "while it waits. Stops after S seconds or on Ctrl+C; the counts go to standard\n"
+    "error. Fails when no telemetry arrived at all.\n"
     "\n"
-    "example: kdxctl monitor --port /dev/ttyUSB0 --seconds 10 > run.csv\n";
+    "  --port DEV         serial port, e.g. /dev/ttyUSB0 (or --port=DEV)\n"
+    "  --simulate         the built-in simulated KDX, run in real time, instead of\n"
+    "                     a port; --simulate=qvane simulates a Q-Vane with three\n"
+    "                     KDX axes\n"
+    "  --seconds S        stop after S seconds (a positive number, e.g. 2.5, or\n"
+    "                     --seconds=S); without it the monitor runs until Ctrl+C\n"
+    "\n"
+    "example:\n"
+    "  kdxctl monitor --port /dev/ttyUSB0 --seconds 10 > run.csv\n"
+    "  kdxctl monitor --simulate=qvane --seconds 2\n";
 
 volatile std::sig_atomic_t g_interrupted = 0;
 

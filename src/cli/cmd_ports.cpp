@@ -20,9 +20,11 @@ int runPorts(const std::vector<std::string>& args, kdx::cli::CommandIo& io)
 
 } // namespace
 
-KDX_COMMAND("ports", "list the serial ports",
+KDX_COMMAND("ports", "lists the serial ports",
             "usage: kdxctl ports\n\n"
             "Lists the serial ports this machine offers (at most 18, in name order), one path\n"
-            "per line. A USB serial adapter usually shows as /dev/ttyUSB0 or /dev/ttyACM0.\n\n"
+            "per line. A USB serial adapter usually shows as /dev/ttyUSB0 or /dev/ttyACM0.\n"
+            "With no port at all it says so on standard error and still succeeds. Takes no\n"
+            "options.\n\n"
             "example:\n  kdxctl ports\n",
             runPorts);

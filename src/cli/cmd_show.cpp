@@ -14,14 +14,15 @@ namespace {
 const char* const kUsage =
     "usage: kdxctl show [--tsv] FILE\n"
     "\n"
-    "Prints the parameters of a configuration file (.kdx two-axis or .bls single-axis)\n"
-    "in display units, as the main window shows them.\n"
+    "Prints the parameters of a configuration file (.kdx two-axis or .bls\n"
+    "single-axis) in display units, as the main window shows them.\n"
     "\n"
-    "  --tsv   one line per parameter: name<TAB>motor 0<TAB>motor 1 (motor 1 empty for a\n"
-    "          single-axis file)\n"
+    "  --tsv   one line per parameter: name<TAB>motor 0<TAB>motor 1 (motor 1 empty\n"
+    "          for a single-axis file)\n"
     "\n"
     "example:\n"
-    "  kdxctl show --tsv gimbal.kdx\n";
+    "  kdxctl show gimbal.kdx\n"
+    "  kdxctl show --tsv gimbal.kdx | grep PTerm\n";
 
 int usageError(CommandIo& io, const std::string& what)
 {

@@ -19,10 +19,11 @@ const char* const kUsage =
     "usage: kdxctl sim [--qvane] [--seed N] [--noise RATE] --pty\n"
     "       kdxctl sim [--qvane] [--seed N] [--noise RATE] --record FILE --seconds S\n"
     "\n"
-    "Runs a simulated module: a KDX with two motors, or with --qvane a Q-Vane relaying\n"
-    "three KDX axes. It streams telemetry at 100 messages per second, answers memory\n"
-    "reads and writes, takes gain, test and tuning-drive messages and restarts into\n"
-    "its bootloader, with each axis a small physical model of a hand-held camera.\n"
+    "Runs a simulated module: a KDX with two motors, or with --qvane a Q-Vane\n"
+    "relaying three KDX axes. It streams telemetry at 100 messages per second,\n"
+    "answers memory reads and writes, takes gain, test and tuning-drive messages\n"
+    "and restarts into its bootloader, with each axis a small physical model of a\n"
+    "hand-held camera.\n"
     "\n"
     "  --pty           serve on a new pseudo-terminal in real time; the first line of\n"
     "                  output is the device path. Runs until interrupted (Ctrl+C).\n"
@@ -34,9 +35,10 @@ const char* const kUsage =
     "                  gives the same run\n"
     "  --noise RATE    corrupt this fraction of output bytes (0 to 1, default 0)\n"
     "\n"
-    "Examples:\n"
+    "example:\n"
     "  kdxctl sim --pty                      then open the printed /dev/pts/N\n"
-    "  kdxctl sim --qvane --seed 7 --record walk.bin --seconds 60\n";
+    "  kdxctl sim --qvane --seed 7 --record walk.bin --seconds 60\n"
+    "  kdxctl sim --record noisy.rec --seconds 60 --noise 0.01\n";
 
 constexpr double kMaxSeconds = 86400;
 

@@ -25,15 +25,18 @@ const char* const kUsage =
     "\n"
     "Writes the memory image of a configuration file into the module on DEV byte for\n"
     "byte, reads it back, and succeeds only if the module then holds exactly that.\n"
-    "A KDX wired directly takes a two-axis .kdx file (both motor blocks); the KDX of a\n"
-    "Q-Vane axis takes one motor block, from a .bls file or, with --motor, from either\n"
-    "motor of a .kdx file (default motor 0).\n"
+    "A KDX wired directly takes a two-axis .kdx file (both motor blocks); the KDX of\n"
+    "a Q-Vane axis takes one motor block, from a .bls file or, with --motor, from\n"
+    "either motor of a .kdx file (default motor 0).\n"
     "\n"
     "  --port DEV   serial port, e.g. /dev/ttyUSB0\n"
-    "  --axis A     through a Q-Vane: select the axis first (default tilt)\n"
-    "  --motor M    through a Q-Vane with a two-axis file: which motor block to write\n"
+    "  --axis A     through a Q-Vane: select the axis first, tilt, roll or pan (or 0,\n"
+    "               1, 2; default tilt); fails for a KDX wired directly\n"
+    "  --motor M    through a Q-Vane with a two-axis file: the motor block to write,\n"
+    "               0 or 1 (default 0)\n"
     "\n"
     "example:\n"
+    "  kdxctl write --port /dev/ttyUSB0 before.kdx\n"
     "  kdxctl write --port /dev/ttyUSB0 --axis pan pan-axis.bls\n";
 
 int usageError(CommandIo& io, const std::string& what) { return kdx::cli::usageError(io, "write", what); }

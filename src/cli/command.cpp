@@ -13,11 +13,19 @@ std::vector<Command>& registry()
 int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
 {
     auto printHelp = [&](std::ostream& os) {
-        os << "usage: kdxctl COMMAND [OPTIONS]\n\n"
+        os << "usage: kdxctl COMMAND [OPTIONS]\n"
+              "       kdxctl COMMAND --help\n\n"
               "The command-line companion of KDX Tool, for scripts and production lines.\n\n"
               "Commands:\n";
         for (const auto& c : registry()) os << "  " << c.name << std::string(c.name.size() < 10 ? 10 - c.name.size() : 1, ' ') << c.summary << "\n";
-        os << "\nRun 'kdxctl COMMAND --help' for a command's options and an example.\n";
+        os << "\nRun 'kdxctl COMMAND --help' (or -h) for a command's options and an example.\n"
+              "Exit status: 0 success, 1 failure (one line on standard error says why),\n"
+              "2 usage error.\n\n"
+              "example:\n"
+              "  kdxctl ports\n"
+              "  kdxctl read --port /dev/ttyUSB0 -o before.kdx\n"
+              "  kdxctl sim --record hour.rec --seconds 3600\n"
+              "  kdxctl decode hour.rec -o hour.csv\n";
     };
     if (args.empty()) {
         printHelp(io.err);
