@@ -1,14 +1,18 @@
 #pragma once
 // The "Comms Link" window: owns the serial port, feeds the receiver, frames outgoing
-// messages and runs the link watchdogs. It knows the rest of the program only through
-// the message sink and the link-loss listener.
+// messages and runs the link watchdogs; its "File" frame plays a recording into the
+// receiver instead of the port and trims recordings. It knows the rest of the program
+// only through the message sink and the link-loss listener.
+#include "core/colour.h"
 #include "link/frame.h"
 #include "link/message_sink.h"
+#include "link/playback.h"
 #include "link/receiver.h"
 
 #include <QWidget>
 
 #include <array>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,6 +31,17 @@ class CommsLink : public QWidget {
     Q_OBJECT
 public:
     static constexpr int PortCount = 18;
+    // At the maximum rate a playback tick plays for this long, then lets the event loop
+    // run and is called again at once.
+    static constexpr int MaxRateSliceMs = 4;
+    // ... and hands the receiver at most this many good messages a second (after a burst
+    // of MaxRateBurst): the main window counts them in a 16-bit figure it resets every
+    // 500 ms, which the program would otherwise outrun and overflow, losing messages.
+    static constexpr int MaxRateMessagesPerSecond = 40000;
+    static constexpr int MaxRateBurst = 2000;
+    // Indicator colours of DoingInFile.
+    static constexpr uint32_t PlayingColour = colours::Green;
+    static constexpr uint32_t IdleColour = colours::LightGrey;
 
     CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent = nullptr);
     ~CommsLink() override;
@@ -57,6 +72,26 @@ public:
     // Lets the window close for real (the program is ending) and closes the port.
     void unload();
 
+    // ---- recorded input ----
+    // The recording Start plays (the caption of LogFileInName); kdxtool's command line
+    // names one this way.
+    void SetInputFilename(const std::string& name);
+    std::string inputFilename() const;
+    void LogFileInChangecb_Click();
+    void StartLogIn_Click();
+    void PauseLogIn_Click();
+    void StopLogIn_Click();
+    // 0 .. 3: "Max", " x2", "x1", "x 0.5".
+    void Rateob_Click(int index);
+    void MarkStartcb_Click();
+    void MarkEndcb_Click();
+    void Trimcb_Click();
+    void FileInputTimer_Timer();
+    Playback& playback() { return playback_; }
+    const Playback& playback() const { return playback_; }
+    // Nanoseconds on a monotonic clock, for the time slice at the maximum rate (tests).
+    void setPlaybackClock(std::function<int64_t()> nowNs) { clock_ = std::move(nowNs); }
+
     Receiver& receiver() { return rx_; }
     const Receiver& receiver() const { return rx_; }
     std::string portName(int port) const;
@@ -66,7 +101,8 @@ public:
     bool PortOpen = false;
     int CurrentPort = 1;
     std::array<bool, PortCount + 1> PortAvailable{}; // 1-based
-    bool PlaybackActive = false;
+    bool PlaybackActive = false; // a recording feeds the receiver; port bytes are dropped
+    bool PlaybackBusy = false;   // a playback tick is running
     // The second activity watchdog: bytes seen, sampled every 200 ms.
     uint16_t ActivityCount = 0;
     uint16_t ActivitySnapshot = 0;
@@ -80,6 +116,23 @@ public:
     QLabel* CommsStatuslb = nullptr;
     QTimer* CommsTimeout = nullptr;
     QTimer* Comms2Timeout = nullptr;
+    // The "File" frame.
+    QGroupBox* CommsFileIPFr = nullptr;
+    QLabel* LogFileInName = nullptr;
+    QPushButton* LogFileInChangecb = nullptr;
+    QPushButton* StartLogIn = nullptr;
+    QPushButton* PauseLogIn = nullptr;
+    QPushButton* StopLogIn = nullptr;
+    std::array<QRadioButton*, 4> Rateob{};
+    QPushButton* MarkStartcb = nullptr;
+    QPushButton* MarkEndcb = nullptr;
+    QLabel* MarkStarttb = nullptr;
+    QLabel* MarkEndtb = nullptr;
+    QPushButton* Trimcb = nullptr;
+    QLabel* Trimtb = nullptr;
+    QLabel* KProcessedlab = nullptr;
+    QLabel* DoingInFile = nullptr;
+    QTimer* FileInputTimer = nullptr;
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -89,6 +142,8 @@ private:
     void onPortLost(const std::string& reason);
     void checkPortButton(int port);
     void showStatus();
+    void buildFileFrame();
+    void showDoingInFile(bool playing);
 
     SerialPort& port_;
     Dialogs& dialogs_;
@@ -97,6 +152,10 @@ private:
     bool unloading_ = false;
     int32_t shownErrors_ = -1;
     std::string shownStatus_;
+    Playback playback_;
+    std::function<int64_t()> clock_;
+    QTimer* nextSlice_ = nullptr; // calls the tick again at once while a "Max" slice ended early
+    MessagePacer pacer_{MaxRateMessagesPerSecond, MaxRateBurst};
 };
 
 } // namespace kdx

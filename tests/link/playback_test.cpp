@@ -1,0 +1,28 @@
+#include "link/playback.h"
+
+#include <gtest/gtest.h>
+
+using namespace kdx;
+
+TEST(Playback, KiloCaptionRoundsDown)
+{
+    const std::pair<int64_t, const char*> cases[] = {{0, "0K"}, {1023, "0K"}, {1024, "1K"}, {2560, "2K"}, {2147483647, "2097151K"}};
+    for (const auto& [bytes, text] : cases) EXPECT_EQ(KiloCaption(bytes), text) << bytes;
+}
+
+TEST(Playback, PacerAllowsABurstThenItsRate)
+{
+    MessagePacer pacer(40000, 2000); // per second, at once
+    pacer.reset(0);
+    struct Step {
+        int64_t atNs;
+        double allowance; // before spending
+        double spent;
+    };
+    // An overshoot is repaid before anything more is allowed; the burst is the ceiling.
+    const Step steps[] = {{0, 2000, 2100}, {1'000'000, 0, 0}, {5'000'000, 100, 0}, {1'000'000'000, 2000, 0}};
+    for (const Step& s : steps) {
+        EXPECT_DOUBLE_EQ(pacer.allowance(s.atNs), s.allowance) << s.atNs;
+        pacer.spend(s.spent);
+    }
+}

@@ -1,0 +1,265 @@
+#include "fakes/program_rig.h"
+#include "link/comms_link_window.h"
+#include "sim/recording.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+#include <iterator>
+
+using namespace kdx;
+using namespace kdx::test;
+using Bytes = std::vector<uint8_t>;
+
+namespace {
+
+struct CountingSink : MessageSink {
+    int cyclic = 0;
+    std::function<void()> onCyclic;
+    void PutCyclicMsg(const MsgView&) override
+    {
+        ++cyclic;
+        if (onCyclic) onCyclic();
+    }
+    void PutCyclicQvaneMsg(const MsgView&) override {}
+    void PutMemoryMsg(const MsgView&) override {}
+    void PutAxisMemoryMsg(const MsgView&) override {}
+    void PutMessageReceived(bool) override {}
+};
+
+// `count` direct telemetry frames of 49 bytes each.
+Bytes frames(int count)
+{
+    Bytes out;
+    for (int i = 0; i < count; ++i) {
+        const Bytes f = buildFrame(121, Bytes(45, static_cast<uint8_t>(i)));
+        out.insert(out.end(), f.begin(), f.end());
+    }
+    return out;
+}
+
+Bytes readAll(const std::string& path)
+{
+    std::ifstream f(path, std::ios::binary);
+    return Bytes(std::istreambuf_iterator<char>(f), {});
+}
+
+bool filled(const QWidget* w, uint32_t bgr)
+{
+    const Rgb c = fromBgr(bgr);
+    return w->palette().color(QPalette::Window) == QColor(c.r, c.g, c.b);
+}
+
+struct Rig {
+    FakeSerialPort port;
+    ScriptedDialogs dialogs;
+    CountingSink sink;
+    CommsLink link{port, dialogs};
+    QTemporaryDir dir;
+    int64_t now = 0;  // the playback clock, ns
+    int64_t step = 0; // added at every reading of the clock
+    Rig()
+    {
+        link.setMessageSink(&sink);
+        link.setPlaybackClock([this] { return now += step; });
+        link.Form_Load();
+    }
+    std::string recording(const Bytes& bytes)
+    {
+        const std::string path = QDir(dir.path()).filePath("Run 0.Log").toStdString();
+        std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
+        link.SetInputFilename(path);
+        return path;
+    }
+    int32_t played() const { return link.playback().BytesPlayed; }
+    std::string text(const QLabel* l) const { return l->text().toStdString(); }
+};
+
+} // namespace
+
+TEST(PlaybackWindow, EachRatePlaysItsBytesPerTick)
+{
+    struct Case {
+        int index;
+        const char* caption;
+        int interval;
+        int frames;        // of 49 bytes
+        int64_t clockStep; // ns per reading of the clock
+        std::vector<int32_t> afterTicks;
+    };
+    const Case cases[] = {
+        {0, "Max", 1, 100, 0, {4900}},               // the whole recording when time allows
+        {0, "Max", 1, 100, 1'000'000, {1024, 2048}}, // 4 ms slices of passes
+        {0, "Max", 1, 3000, 0, {98048, 98304}},      // a burst of 2000 messages, then a pass a tick
+        {1, " x2", 32, 100, 0, {256, 512}},
+        {2, "x1", 64, 100, 0, {256, 512}},
+        {3, "x 0.5", 256, 100, 0, {256, 512}},
+        {2, "x1", 64, 0, 0, {0}},
+    };
+    for (const Case& c : cases) {
+        Rig r;
+        r.step = c.clockStep;
+        r.recording(frames(c.frames));
+        QRadioButton* rate = r.link.Rateob[static_cast<std::size_t>(c.index)];
+        EXPECT_EQ(rate->text(), c.caption);
+        rate->click();
+        r.link.StartLogIn->click();
+        EXPECT_EQ(r.link.FileInputTimer->interval(), c.interval) << c.caption;
+        std::vector<int32_t> played;
+        for (std::size_t i = 0; i < c.afterTicks.size(); ++i) {
+            r.link.FileInputTimer_Timer();
+            played.push_back(r.played());
+        }
+        EXPECT_EQ(played, c.afterTicks) << c.caption;
+        EXPECT_EQ(r.sink.cyclic, played.back() / 49) << c.caption;
+    }
+}
+
+TEST(PlaybackWindow, AtMaxTheEventLoopRunsBetweenSlicesAndCarriesPlaybackToTheEnd)
+{
+    Rig r;
+    r.step = 1'000'000;
+    r.recording(frames(400)); // 19600 bytes: five slices
+    r.link.Rateob[0]->click();
+    r.link.StartLogIn->click();
+    r.link.FileInputTimer_Timer();
+    EXPECT_EQ(r.played(), 1024); // returned after its slice
+    for (int i = 0; i < 1000 && r.link.PlaybackActive; ++i) QCoreApplication::processEvents();
+    EXPECT_FALSE(r.link.PlaybackActive);
+    EXPECT_EQ(r.sink.cyclic, 400);
+    EXPECT_EQ(r.text(r.link.KProcessedlab), "19K");
+}
+
+TEST(PlaybackWindow, PauseAtMaxStopsTheFeedWithinOnePass)
+{
+    Rig r;
+    r.recording(frames(200));
+    r.link.Rateob[0]->click();
+    r.link.StartLogIn->click();
+    // A pause that comes in while a message is handled stops the tick with that pass.
+    r.sink.onCyclic = [&] {
+        if (!r.link.playback().PlaybackPaused) r.link.PauseLogIn_Click();
+    };
+    r.link.FileInputTimer_Timer();
+    EXPECT_EQ(r.played(), 256);
+    EXPECT_EQ(r.link.PauseLogIn->text(), "Resume");
+    r.sink.onCyclic = nullptr;
+    r.link.FileInputTimer_Timer();
+    EXPECT_EQ(r.played(), 256); // the timer ticks on and reads nothing
+    EXPECT_TRUE(r.link.PlaybackActive);
+    r.link.PauseLogIn->click();
+    EXPECT_EQ(r.link.PauseLogIn->text(), "Pause");
+    r.link.FileInputTimer_Timer();
+    EXPECT_EQ(r.played(), 9800);
+    EXPECT_EQ(r.sink.cyclic, 200);
+}
+
+TEST(PlaybackWindow, OneKilobyteShowsOneKThenStopsAndThePortFeedsAgain)
+{
+    Rig r;
+    const Bytes frame = frames(1);
+    Bytes data = frames(20); // 980 bytes of frames, then 44 of noise
+    data.resize(1024, 0x11);
+    r.recording(data);
+    r.link.StartLogIn->click();
+    EXPECT_TRUE(filled(r.link.DoingInFile, CommsLink::PlayingColour));
+    r.port.deliver(frame); // the port's bytes are read and dropped meanwhile
+    for (int i = 0; i < 3; ++i) r.link.FileInputTimer_Timer();
+    EXPECT_EQ(r.text(r.link.KProcessedlab), "0K");
+    EXPECT_TRUE(r.link.PlaybackActive);
+    r.link.FileInputTimer_Timer();
+    EXPECT_EQ(r.text(r.link.KProcessedlab), "1K");
+    EXPECT_FALSE(r.link.PlaybackActive);
+    EXPECT_FALSE(r.link.FileInputTimer->isActive());
+    EXPECT_TRUE(filled(r.link.DoingInFile, CommsLink::IdleColour));
+    EXPECT_EQ(r.sink.cyclic, 20);
+    r.port.deliver(frame);
+    EXPECT_EQ(r.sink.cyclic, 21);
+}
+
+TEST(PlaybackWindow, AFileThatCannotBeOpenedIsReportedAndDoesNotPlay)
+{
+    Rig r;
+    EXPECT_EQ(r.link.inputFilename(), QDir::homePath().toStdString() + "/Logs/Run 0.Log");
+    r.link.SetInputFilename(QDir(r.dir.path()).filePath("missing.Log").toStdString());
+    r.link.StartLogIn->click();
+    ASSERT_EQ(r.dialogs.boxes.size(), 1u);
+    EXPECT_EQ(r.dialogs.boxes[0].prompt, "Error opening data file: No such file or directory");
+    EXPECT_EQ(r.dialogs.boxes[0].style, box::Critical);
+    EXPECT_FALSE(r.link.PlaybackActive);
+    EXPECT_FALSE(r.link.FileInputTimer->isActive());
+    EXPECT_TRUE(filled(r.link.DoingInFile, CommsLink::IdleColour));
+}
+
+// The same marks and copies as kdxctl trim's test.
+TEST(PlaybackWindow, WriteFileCopiesTheMarkedStretchAndEndsIdle)
+{
+    Rig r;
+    Bytes data(5000);
+    for (std::size_t i = 0; i < data.size(); ++i) data[i] = static_cast<uint8_t>(i * 13 + i / 256);
+    const std::string path = r.recording(data);
+    // Marks taken while playing at "x1".
+    r.link.StartLogIn->click();
+    r.link.FileInputTimer_Timer();
+    r.link.MarkStartcb->click();
+    for (int i = 0; i < 5; ++i) r.link.FileInputTimer_Timer();
+    r.link.MarkEndcb->click();
+    EXPECT_EQ(r.text(r.link.MarkStarttb), "0K");
+    EXPECT_EQ(r.text(r.link.MarkEndtb), "1K");
+    struct Case {
+        int32_t start, end; // -1: as marked above
+        bool ok;
+        std::size_t from, copied;
+    };
+    const Case cases[] = {
+        {-1, -1, true, 257, 1281},
+        {0, 100, true, 1, 101}, // overwrites the copy above; Trimtb keeps its last whole kilobyte
+        {4000, 4999, false, 4001, 999},
+    };
+    for (const Case& c : cases) {
+        if (c.start >= 0) {
+            r.link.playback().MarkStart = c.start;
+            r.link.playback().MarkEnd = c.end;
+        }
+        r.dialogs.boxes.clear();
+        r.link.Trimcb->click();
+        EXPECT_EQ(readAll(path + "_t"), Bytes(data.begin() + static_cast<std::ptrdiff_t>(c.from),
+                                              data.begin() + static_cast<std::ptrdiff_t>(c.from + c.copied)))
+            << c.start;
+        EXPECT_EQ(r.text(r.link.Trimtb), "1K");
+        ASSERT_EQ(r.dialogs.boxes.size(), c.ok ? 0u : 1u);
+        if (!c.ok) {
+            EXPECT_EQ(r.dialogs.boxes[0].prompt, "Error during file trimming.");
+        }
+        EXPECT_FALSE(r.link.PlaybackActive);
+        EXPECT_FALSE(r.link.FileInputTimer->isActive());
+        EXPECT_EQ(r.played(), 0);
+    }
+}
+
+TEST(PlaybackWindow, ANoisyRecordingPlaysThroughTheProgram)
+{
+    ProgramRig rig;
+    QTemporaryDir dir;
+    const std::string path = QDir(dir.path()).filePath("noisy.rec").toStdString();
+    std::string error;
+    sim::SimOptions options;
+    options.noise = 0.01;
+    ASSERT_GT(sim::writeRecording(options, 3.0, path, error), 0) << error;
+    rig.comms.SetInputFilename(path);
+    rig.comms.Rateob_Click(0);
+    rig.comms.StartLogIn_Click();
+    for (int i = 0; i < 100 && rig.comms.PlaybackActive; ++i) rig.comms.FileInputTimer_Timer();
+    EXPECT_FALSE(rig.comms.PlaybackActive);
+    EXPECT_GT(rig.comms.receiver().goodMessages, 100u);
+    EXPECT_GT(rig.comms.receiver().badMessages, 0u);
+    EXPECT_TRUE(rig.main.TelemetrySeen);
+}
