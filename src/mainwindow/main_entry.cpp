@@ -429,6 +429,12 @@ void MainEntry::handleCommandLine(const std::string& commandLine)
     }
     ShowQVaneAxis(3);
     if (ext == "btf" && ws_.graph) ws_.graph->LoadTuningFileOnInit(path);
+    // Any other file is a recorded byte stream: it becomes the playback file, and the
+    // Comms Link window comes up with it, since without a module the other windows wait.
+    if (ext != "kdx" && ext != "btf" && ws_.comms) {
+        ws_.comms->SetInputFilename(path);
+        ws_.comms->show();
+    }
 }
 
 bool MainEntry::GoForQuit()

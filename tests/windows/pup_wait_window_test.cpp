@@ -111,12 +111,18 @@ TEST(MainEntryStartup, CommandLineLoadsOnlyAQuotedKdxPath)
                                           << "*00000000000000000000000000000000*\r\n";
     const std::string upper = dir.filePath("a.KDX").toStdString();
     std::ofstream(upper, std::ios::binary) << "x";
-    struct Case { std::string line; bool loaded; };
-    for (const Case& c : {Case{"\"" + good + "\"", true}, {"\"" + upper + "\"", false}, {"\"x\"", false}, {"", false}}) {
+    const std::string recording = dir.filePath("Run 3.Log").toStdString();
+    // Any other name is a recording for the Comms Link window to play.
+    struct Case { std::string line; bool loaded; std::string playback; };
+    for (const Case& c : {Case{"\"" + good + "\"", true, ""}, {"\"" + upper + "\"", false, upper},
+                          {"\"" + recording + "\"", false, recording}, {"\"x\"", false, ""}, {"", false, ""}}) {
         Rig r;
+        const QString before = r.comms.LogFileInName->text();
         r.main.handleCommandLine(c.line);
         EXPECT_EQ(r.main.StartupFileLoaded, c.loaded) << c.line;
         EXPECT_EQ(r.main.GetGainsHaveBeenLoaded(), c.loaded) << c.line;
+        EXPECT_EQ(r.comms.LogFileInName->text().toStdString(), c.playback.empty() ? before.toStdString() : c.playback);
+        EXPECT_EQ(r.comms.isVisible(), !c.playback.empty()) << c.line;
     }
 }
 
