@@ -1,6 +1,7 @@
 // kdxctl show, read and write; read and write end to end over a real pseudo-terminal
 // against a scripted module.
 #include "cli/command.h"
+#include "cli/run_kdxctl.h"
 #include "config/config_file.h"
 #include "scripted_module.h"
 
@@ -16,18 +17,8 @@ using namespace kdx::test;
 
 namespace {
 
-struct Result {
-    int code;
-    std::string out, err;
-};
-
-Result kdxctl(const std::vector<std::string>& args)
-{
-    std::ostringstream out, err;
-    cli::CommandIo io{out, err};
-    const int code = cli::runKdxctl(args, io);
-    return {code, out.str(), err.str()};
-}
+using Result = test::KdxctlResult;
+using test::kdxctl;
 
 std::string data(const char* name) { return std::string(KDX_TEST_DATA) + "/" + name; }
 

@@ -1,6 +1,7 @@
 // kdxctl's help: every command is listed, and every command's --help explains each
 // option of its synopsis and shows the command in use.
 #include "cli/command.h"
+#include "cli/run_kdxctl.h"
 
 #include <gtest/gtest.h>
 
@@ -11,18 +12,8 @@ using namespace kdx;
 
 namespace {
 
-struct Result {
-    int code;
-    std::string out, err;
-};
-
-Result kdxctl(const std::vector<std::string>& args)
-{
-    std::ostringstream out, err;
-    cli::CommandIo io{out, err};
-    const int code = cli::runKdxctl(args, io);
-    return {code, out.str(), err.str()};
-}
+using Result = test::KdxctlResult;
+using test::kdxctl;
 
 std::vector<std::string> lines(const std::string& text)
 {
