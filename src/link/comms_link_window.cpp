@@ -5,6 +5,7 @@
 #include "link/trim.h"
 #include "platform/dialogs.h"
 #include "platform/qt_guard.h"
+#include "platform/qt_window_close.h"
 #include "platform/serial_port.h"
 
 #include <QCloseEvent>
@@ -357,12 +358,7 @@ void CommsLink::unload()
 
 void CommsLink::closeEvent(QCloseEvent* event)
 {
-    if (unloading_) {
-        event->accept();
-        return;
-    }
-    hide(); // the close box hides the window; the program keeps the link
-    event->ignore();
+    closeUnlessUnloading(event, unloading_, [this] { hide(); }); // the program keeps the link
 }
 
 // ---- recorded input -----------------------------------------------------------------

@@ -3,6 +3,7 @@
 #include "core/colour.h"
 #include "platform/dialogs.h"
 #include "platform/qt_guard.h"
+#include "platform/qt_window_close.h"
 #include "telemetry/log_file_name.h"
 #include "telemetry/log_line.h"
 
@@ -262,12 +263,7 @@ void TelemetrySetup::unload()
 
 void TelemetrySetup::closeEvent(QCloseEvent* event)
 {
-    if (unloading_) {
-        event->accept();
-        return;
-    }
-    mnuClose_Click(); // the close box hides the window; a running log keeps running
-    event->ignore();
+    closeUnlessUnloading(event, unloading_, [this] { mnuClose_Click(); }); // a running log keeps running
 }
 
 } // namespace kdx

@@ -4,6 +4,7 @@
 #include "mainwindow/click_label.h"
 #include "mainwindow/main_entry.h"
 #include "platform/qt_guard.h"
+#include "platform/qt_window_close.h"
 #include "tuning/graph_view_window.h"
 #include "tuning/graph_win_model.h"
 #include "tuning/tuning_texts.h"
@@ -587,13 +588,8 @@ bool GraphWin::eventFilter(QObject* watched, QEvent* event)
 
 void GraphWin::closeEvent(QCloseEvent* event)
 {
-    if (unloading_) {
-        event->accept();
-        return;
-    }
     // The close box hides the window as Close does; the gain message and capture go on.
-    event->ignore();
-    mnuClose_Click();
+    closeUnlessUnloading(event, unloading_, [this] { guarded([&] { mnuClose_Click(); }); });
 }
 
 } // namespace kdx

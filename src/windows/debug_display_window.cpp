@@ -1,6 +1,7 @@
 #include "windows/debug_display_window.h"
 
 #include "platform/qt_guard.h"
+#include "platform/qt_window_close.h"
 #include "telemetry/changed_only.h"
 #include "telemetry/debug_bytes.h"
 
@@ -111,13 +112,10 @@ void DebugDisplay::showEvent(QShowEvent* event)
 
 void DebugDisplay::closeEvent(QCloseEvent* event)
 {
-    if (state_->unloading) {
-        event->accept();
-        return;
-    }
-    event->ignore(); // the close box only hides the window
-    state_->refresh->stop();
-    hide();
+    closeUnlessUnloading(event, state_->unloading, [this] {
+        state_->refresh->stop();
+        hide();
+    });
 }
 
 } // namespace kdx

@@ -4,6 +4,7 @@
 #include "mainwindow/main_entry.h"
 #include "platform/key_state.h"
 #include "platform/qt_guard.h"
+#include "platform/qt_window_close.h"
 #include "windows/velmor_logo.h"
 
 #include <QCloseEvent>
@@ -80,12 +81,8 @@ bool PUPWait::eventFilter(QObject* watched, QEvent* event)
 
 void PUPWait::closeEvent(QCloseEvent* event)
 {
-    if (unloading_) {
-        event->accept();
-        return;
-    }
-    event->ignore(); // closing the wait window asks the program to quit
-    guarded([&] { Quitcb_Click(); });
+    // Closing the wait window asks the program to quit.
+    closeUnlessUnloading(event, unloading_, [this] { guarded([&] { Quitcb_Click(); }); });
 }
 
 } // namespace kdx
