@@ -435,8 +435,10 @@ void CommsLink::buildFileFrame()
         {MarkEndcb, &CommsLink::MarkEndcb_Click},
         {Trimcb, &CommsLink::Trimcb_Click},
     };
-    for (const auto& [b, handler] : clicks)
-        connect(b, &QPushButton::clicked, this, [this, handler] { guarded([&] { (this->*handler)(); }); });
+    for (const auto& click : clicks) {
+        const auto handler = click.second; // a copy: clang 14 cannot capture a structured binding
+        connect(click.first, &QPushButton::clicked, this, [this, handler] { guarded([&] { (this->*handler)(); }); });
+    }
     showDoingInFile(false);
 }
 

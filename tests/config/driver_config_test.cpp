@@ -130,7 +130,11 @@ TEST(DriverConfig, GainAccessorsAndTheModifiedFlag)
         {&DriverConfig::PutD, &DriverConfig::GetD, false},   {&DriverConfig::PutV1, &DriverConfig::GetV1, false},
         {&DriverConfig::PutV2, &DriverConfig::GetV2, false}, {&DriverConfig::PutG, &DriverConfig::GetG, false}};
     int n = 0;
-    for (auto [put, get, marks] : gains) {
+    for (const auto& row : gains) {
+        // Plain copies: clang 14 cannot capture structured bindings in the lambdas below.
+        const Put put = std::get<0>(row);
+        const Get get = std::get<1>(row);
+        const bool marks = std::get<2>(row);
         DriverConfig c;
         std::string events;
         c.setRefreshHandler([&] { events += "refresh "; });
