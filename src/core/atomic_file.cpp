@@ -16,10 +16,16 @@ namespace {
 
 std::atomic<AtomicSaveFault> g_fault{AtomicSaveFault::None};
 
+// The error each injected step fails with: a folder the user may not write to, a disk
+// that fills half-way through the bytes, a device that fails at flush or rename.
 bool failing(AtomicSaveFault step, int& err)
 {
     if (g_fault.load() != step) return false;
-    err = step == AtomicSaveFault::Write ? ENOSPC : EIO;
+    switch (step) {
+    case AtomicSaveFault::Create: err = EACCES; break;
+    case AtomicSaveFault::Write: err = ENOSPC; break;
+    default: err = EIO; break;
+    }
     return true;
 }
 
@@ -66,9 +72,12 @@ bool saveFileAtomically(const std::string& path, std::span<const uint8_t> bytes,
     ::fchmod(fd, mode);
 
     std::size_t done = 0;
+    // An injected full disk takes the first half of the bytes, then refuses the rest.
+    const std::size_t room = g_fault.load() == AtomicSaveFault::Write ? bytes.size() / 2 : bytes.size();
     while (done < bytes.size()) {
-        if (failing(AtomicSaveFault::Write, err)) return fail(err);
-        const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (done >= room && failing(AtomicSaveFault::Write, err)) return fail(err);
+        const std::size_t chunk = (done < room ? room : bytes.size()) - done;
+        const ssize_t n = ::write(fd, bytes.data() + done, chunk);
         if (n < 0) {
             if (errno == EINTR) continue;
             return fail(errno);

@@ -13,8 +13,10 @@ namespace kdx {
 // `error` (the operating system's description, e.g. "Permission denied").
 bool saveFileAtomically(const std::string& path, std::span<const uint8_t> bytes, std::string& error);
 
-// Test seam: makes the next saves fail at one step, as a full disk or a lost mount
-// would. Reset with AtomicSaveFault::None.
+// Test seam: makes the next saves fail at one step, as the system would: Create with
+// "Permission denied" (a folder the user may not write to), Write with "No space left on
+// device" after half the bytes went to the temporary file (a disk that fills), Sync and
+// Rename with an input/output error (a lost mount). Reset with AtomicSaveFault::None.
 enum class AtomicSaveFault { None, Create, Write, Sync, Rename };
 void setAtomicSaveFaultForTests(AtomicSaveFault fault);
 
