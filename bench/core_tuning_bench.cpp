@@ -1,10 +1,8 @@
 // Cost of the tuning graph's model: one new sample (capture, trigger, store, the draw
 // calls) and a full redraw of a 6001-sample sweep, both against a canvas that draws
 // nothing, so the figures are the model's own share of the per-sample budget.
-#include "platform/dialogs.h"
-#include "platform/key_state.h"
-#include "tuning/gain_store.h"
 #include "tuning/graph_win_model.h"
+#include "tuning/standalone_context.h"
 
 #include <benchmark/benchmark.h>
 
@@ -29,43 +27,11 @@ public:
     long long lines = 0;
 };
 
-class NoStore : public GainStore {
-public:
-    float GetP(int) const override { return 0; }
-    float GetI(int) const override { return 0; }
-    float GetIA(int) const override { return 0; }
-    float GetD(int) const override { return 0; }
-    float GetV1(int) const override { return 0; }
-    float GetV2(int) const override { return 0; }
-    float GetG(int) const override { return 0; }
-    void PutP(float, int) override {}
-    void PutI(float, int) override {}
-    void PutIA(float, int) override {}
-    void PutD(float, int) override {}
-    void PutV1(float, int) override {}
-    void PutV2(float, int) override {}
-    void PutG(float, int) override {}
-    bool GetGainsHaveBeenLoaded() const override { return false; }
-};
-
-class NoDialogs : public Dialogs {
-public:
-    Answer MsgBox(const std::string&, int, const std::string&) override { return Answer::No; }
-    std::string InputBox(const std::string&, const std::string&, const std::string&) override { return {}; }
-    std::optional<std::string> OpenFile(const FileDialogRequest&) override { return std::nullopt; }
-    std::optional<std::string> SaveFile(const FileDialogRequest&) override { return std::nullopt; }
-};
-
-class NoKeys : public KeyState {
-public:
-    bool shiftDown() const override { return false; }
-};
-
 struct Rig {
     NullCanvas canvas;
-    NoStore store;
-    NoDialogs dialogs;
-    NoKeys keys;
+    FixedGainStore store{GainSet{}, false};
+    FixedAnswerDialogs dialogs{Answer::No};
+    NoShiftKey keys;
     std::unique_ptr<GraphWinModel> model = std::make_unique<GraphWinModel>(canvas, store, dialogs, keys);
 };
 

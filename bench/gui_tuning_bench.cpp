@@ -6,12 +6,10 @@
 //  - a full redraw of a 60 s sweep (6001 samples, 12000 segments, grid, labels);
 //  - the widget's blit of the image to the screen.
 // Run offscreen; figures are for comparison within one run.
-#include "platform/dialogs.h"
-#include "platform/key_state.h"
-#include "tuning/gain_store.h"
 #include "tuning/graph_view_window.h"
 #include "tuning/graph_win_model.h"
 #include "tuning/qt_image_canvas.h"
+#include "tuning/standalone_context.h"
 
 #include <QApplication>
 #include <benchmark/benchmark.h>
@@ -26,43 +24,11 @@ using namespace kdx;
 constexpr int kWidth = 1200;
 constexpr int kHeight = 600;
 
-class NoStore : public GainStore {
-public:
-    float GetP(int) const override { return 0; }
-    float GetI(int) const override { return 0; }
-    float GetIA(int) const override { return 0; }
-    float GetD(int) const override { return 0; }
-    float GetV1(int) const override { return 0; }
-    float GetV2(int) const override { return 0; }
-    float GetG(int) const override { return 0; }
-    void PutP(float, int) override {}
-    void PutI(float, int) override {}
-    void PutIA(float, int) override {}
-    void PutD(float, int) override {}
-    void PutV1(float, int) override {}
-    void PutV2(float, int) override {}
-    void PutG(float, int) override {}
-    bool GetGainsHaveBeenLoaded() const override { return false; }
-};
-
-class NoDialogs : public Dialogs {
-public:
-    Answer MsgBox(const std::string&, int, const std::string&) override { return Answer::No; }
-    std::string InputBox(const std::string&, const std::string&, const std::string&) override { return {}; }
-    std::optional<std::string> OpenFile(const FileDialogRequest&) override { return std::nullopt; }
-    std::optional<std::string> SaveFile(const FileDialogRequest&) override { return std::nullopt; }
-};
-
-class NoKeys : public KeyState {
-public:
-    bool shiftDown() const override { return false; }
-};
-
 struct Rig {
     QtImageCanvas canvas;
-    NoStore store;
-    NoDialogs dialogs;
-    NoKeys keys;
+    FixedGainStore store{GainSet{}, false};
+    FixedAnswerDialogs dialogs{Answer::No};
+    NoShiftKey keys;
     std::unique_ptr<GraphWinModel> model;
     Rig()
     {

@@ -7,12 +7,10 @@
 // every line drawn has finite coordinates.
 #include "core/host_error.h"
 #include "link/frame.h"
-#include "platform/dialogs.h"
-#include "platform/key_state.h"
 #include "tuning/gain_message.h"
-#include "tuning/gain_store.h"
 #include "tuning/graph_canvas.h"
 #include "tuning/graph_win_model.h"
+#include "tuning/standalone_context.h"
 #include "tuning/tuning_file.h"
 
 #include <array>
@@ -45,40 +43,6 @@ public:
     void axisLabels(int, const AxisLabels&) override {}
 };
 
-// The main window's parameter set: one present, factory-like gains.
-class Store : public GainStore {
-public:
-    float GetP(int) const override { return 100; }
-    float GetI(int) const override { return 20; }
-    float GetIA(int) const override { return 2; }
-    float GetD(int) const override { return 50; }
-    float GetV1(int) const override { return 15; }
-    float GetV2(int) const override { return 40; }
-    float GetG(int) const override { return 100; }
-    void PutP(float, int) override {}
-    void PutI(float, int) override {}
-    void PutIA(float, int) override {}
-    void PutD(float, int) override {}
-    void PutV1(float, int) override {}
-    void PutV2(float, int) override {}
-    void PutG(float, int) override {}
-    bool GetGainsHaveBeenLoaded() const override { return true; }
-};
-
-// Every question answered "Yes", every prompt cancelled, every file dialog cancelled.
-class Answers : public Dialogs {
-public:
-    Answer MsgBox(const std::string&, int, const std::string&) override { return Answer::Yes; }
-    std::string InputBox(const std::string&, const std::string&, const std::string&) override { return {}; }
-    std::optional<std::string> OpenFile(const FileDialogRequest&) override { return std::nullopt; }
-    std::optional<std::string> SaveFile(const FileDialogRequest&) override { return std::nullopt; }
-};
-
-class NoShift : public KeyState {
-public:
-    bool shiftDown() const override { return false; }
-};
-
 template <typename F>
 void guardedStep(F&& step)
 {
@@ -93,9 +57,11 @@ void guardedStep(F&& step)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
 {
     CheckingCanvas canvas;
-    Store store;
-    Answers dialogs;
-    NoShift keys;
+    // The main window's parameter set: one present, factory-like gains; every question
+    // answered "Yes", every prompt and file dialog cancelled.
+    FixedGainStore store(GainSet{100, 20, 2, 50, 15, 40, 100}, true);
+    FixedAnswerDialogs dialogs(Answer::Yes);
+    NoShiftKey keys;
     // A fresh window for every input, so a finding replays on its own.
     const auto model = std::make_unique<GraphWinModel>(canvas, store, dialogs, keys);
 
