@@ -185,6 +185,14 @@ float DriverConfig::GetV1(int motor) const { return at(params_.StaticPower, moto
 float DriverConfig::GetV2(int motor) const { return at(params_.DynamicPower, motor); }
 float DriverConfig::GetG(int motor) const { return at(params_.GainPerc, motor); }
 
+// The gain panel's writes: only P marks the configuration modified (kept as designed);
+// every write refreshes the display.
+void DriverConfig::putGain(std::array<float, 2> ParamSet::*gain, float value, int motor)
+{
+    at(params_.*gain, motor) = value;
+    RefreshParamDisplay();
+}
+
 void DriverConfig::PutP(float value, int motor)
 {
     at(params_.PTerm, motor) = value;
@@ -192,40 +200,11 @@ void DriverConfig::PutP(float value, int motor)
     RefreshParamDisplay();
 }
 
-void DriverConfig::PutI(float value, int motor)
-{
-    at(params_.IRate, motor) = value;
-    RefreshParamDisplay();
-}
-
-void DriverConfig::PutIA(float value, int motor)
-{
-    at(params_.IAngle, motor) = value;
-    RefreshParamDisplay();
-}
-
-void DriverConfig::PutD(float value, int motor)
-{
-    at(params_.DTerm, motor) = value;
-    RefreshParamDisplay();
-}
-
-void DriverConfig::PutV1(float value, int motor)
-{
-    at(params_.StaticPower, motor) = value;
-    RefreshParamDisplay();
-}
-
-void DriverConfig::PutV2(float value, int motor)
-{
-    at(params_.DynamicPower, motor) = value;
-    RefreshParamDisplay();
-}
-
-void DriverConfig::PutG(float value, int motor)
-{
-    at(params_.GainPerc, motor) = value;
-    RefreshParamDisplay();
-}
+void DriverConfig::PutI(float value, int motor) { putGain(&ParamSet::IRate, value, motor); }
+void DriverConfig::PutIA(float value, int motor) { putGain(&ParamSet::IAngle, value, motor); }
+void DriverConfig::PutD(float value, int motor) { putGain(&ParamSet::DTerm, value, motor); }
+void DriverConfig::PutV1(float value, int motor) { putGain(&ParamSet::StaticPower, value, motor); }
+void DriverConfig::PutV2(float value, int motor) { putGain(&ParamSet::DynamicPower, value, motor); }
+void DriverConfig::PutG(float value, int motor) { putGain(&ParamSet::GainPerc, value, motor); }
 
 } // namespace kdx

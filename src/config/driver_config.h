@@ -79,6 +79,7 @@ public:
     bool GetGainsHaveBeenLoaded() const { return gainsLoaded_; }
 
 private:
+    void putGain(std::array<float, 2> ParamSet::*gain, float value, int motor);
     void motorToParams(int motor);
     void motorToImage(int motor);
 
