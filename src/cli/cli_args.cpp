@@ -1,14 +1,9 @@
 #include "cli/cli_args.h"
 
-#include <ostream>
+#include <cmath>
+#include <cstdlib>
 
 namespace kdx::cli {
-
-int usageError(CommandIo& io, const std::string& command, const std::string& what)
-{
-    io.err << "kdxctl " << command << ": " << what << " (try kdxctl " << command << " --help)\n";
-    return 2;
-}
 
 std::optional<int> parseAxis(const std::string& s)
 {
@@ -16,6 +11,14 @@ std::optional<int> parseAxis(const std::string& s)
     if (s == "roll" || s == "1") return 1;
     if (s == "pan" || s == "2") return 2;
     return std::nullopt;
+}
+
+std::optional<double> parseNumber(const std::string& s)
+{
+    char* end = nullptr;
+    const double value = std::strtod(s.c_str(), &end);
+    if (s.empty() || end != s.c_str() + s.size() || !std::isfinite(value)) return std::nullopt;
+    return value;
 }
 
 } // namespace kdx::cli

@@ -1,6 +1,7 @@
 // kdxctl decode: a recorded byte stream in, the telemetry log out, exactly as the
 // logging window writes it when the recording is played with a log running.
 #include "cli/command.h"
+#include "cli/option_parser.h"
 #include "link/receiver.h"
 #include "telemetry/telemetry_log_stream.h"
 
@@ -22,23 +23,33 @@ namespace fs = std::filesystem;
 constexpr std::size_t kReadBlock = 1 << 20;  // bytes read from the recording at a time
 constexpr std::size_t kWriteBlock = 1 << 20; // log text collected before it is written
 
-const char* const kUsage =
-    "usage: kdxctl decode RECORDING [-o OUT]\n"
-    "\n"
-    "Turns a recorded byte stream (the raw bytes of the serial line, as the Comms\n"
-    "Link window plays them) into the telemetry log the Data Logging window writes:\n"
-    "the header in the mode of the first cyclic message, then one line per cyclic\n"
-    "message in its own mode, without debug columns. The log goes to OUT or to\n"
-    "standard output; the byte and message counts go to standard error.\n"
-    "\n"
-    "  RECORDING          raw serial bytes: a saved Comms Link recording, or the\n"
-    "                     output of kdxctl sim --record\n"
-    "  -o, --output OUT   write the log to OUT instead of standard output; OUT is\n"
-    "                     replaced only once the whole log is written\n"
-    "\n"
-    "example:\n"
-    "  kdxctl decode 'Run 0.Log' -o Run1.csv\n"
-    "  kdxctl decode hour.rec | head -3\n";
+const OptionSpec kOptions[] = {
+    {.name = "-o", .alias = "--output", .takes = Takes::Value, .metavar = "OUT", .needs = "a file name",
+     .help = "write the log to OUT instead of standard output; OUT is\n"
+             "replaced only once the whole log is written"},
+};
+
+} // namespace
+
+const Syntax kDecodeSyntax{
+    .synopsis = "usage: kdxctl decode RECORDING [-o OUT]",
+    .about = "Turns a recorded byte stream (the raw bytes of the serial line, as the Comms\n"
+             "Link window plays them) into the telemetry log the Data Logging window writes:\n"
+             "the header in the mode of the first cyclic message, then one line per cyclic\n"
+             "message in its own mode, without debug columns. The log goes to OUT or to\n"
+             "standard output; the byte and message counts go to standard error.",
+    .options = kOptions,
+    .positionals = {.min = 1, .max = 1, .missing = "no recording given",
+                    .extra = "one recording at a time ('{}' is extra)", .name = "RECORDING",
+                    .help = "raw serial bytes: a saved Comms Link recording, or the\n"
+                            "output of kdxctl sim --record"},
+    .helpColumn = 21,
+    .example = "kdxctl decode 'Run 0.Log' -o Run1.csv\n"
+               "kdxctl decode hour.rec | head -3",
+    .usageAfterError = true,
+};
+
+namespace {
 
 std::string osReason(int err) { return std::generic_category().message(err); }
 
@@ -126,31 +137,10 @@ private:
     std::string temp_;
 };
 
-int runDecode(const std::vector<std::string>& args, CommandIo& io)
+int runDecode(const Arguments& args, CommandIo& io)
 {
-    std::string recording, outPath;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        if (a == "-o" || a == "--output") {
-            if (i + 1 >= args.size()) {
-                io.err << "kdxctl: decode: " << a << " needs a file name\n" << kUsage;
-                return 2;
-            }
-            outPath = args[++i];
-        } else if (!a.empty() && a[0] == '-') {
-            io.err << "kdxctl: decode: unknown option '" << a << "'\n" << kUsage;
-            return 2;
-        } else if (recording.empty()) {
-            recording = a;
-        } else {
-            io.err << "kdxctl: decode: one recording at a time ('" << a << "' is extra)\n" << kUsage;
-            return 2;
-        }
-    }
-    if (recording.empty()) {
-        io.err << "kdxctl: decode: no recording given\n" << kUsage;
-        return 2;
-    }
+    const std::string& recording = args.positionals()[0];
+    const std::string& outPath = args.value("-o");
 
     errno = 0;
     File in(std::fopen(recording.c_str(), "rb"));
@@ -203,6 +193,6 @@ int runDecode(const std::vector<std::string>& args, CommandIo& io)
 
 } // namespace
 
-KDX_COMMAND("decode", "turns a recorded byte stream into the telemetry log", kUsage, runDecode);
+KDX_COMMAND("decode", "turns a recorded byte stream into the telemetry log", kDecodeSyntax, runDecode);
 
 } // namespace kdx::cli

@@ -1,5 +1,6 @@
 // kdxctl monitor: the telemetry log lines of a live module (or of the simulated one) on
 // standard output, as they arrive.
+#include "cli/cli_args.h"
 #include "cli/command.h"
 #include "cli/posix_serial.h"
 #include "link/frame.h"
@@ -10,8 +11,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
-#include <cstdlib>
 #include <csignal>
 #include <memory>
 #include <ostream>
@@ -30,27 +29,37 @@ constexpr int kPollMs = 100;            // longest wait for bytes before checkin
 constexpr double kSimTick = 0.01;       // the simulated module is advanced 100 times a second
 constexpr double kProbeInterval = 1.0;  // asks a Q-Vane for its Tilt axis until telemetry comes
 
-const char* const kUsage =
-    "usage: kdxctl monitor --port DEV [--seconds S]\n"
-    "       kdxctl monitor --simulate[=qvane] [--seconds S]\n"
-    "\n"
-    "Prints the telemetry log of a live module on standard output as it arrives:\n"
-    "the header once the first cyclic message shows the mode, then one line per\n"
-    "message, exactly as the Data Logging window writes them. Until telemetry\n"
-    "arrives it asks a Q-Vane for its Tilt axis once a second, as the program does\n"
-    "while it waits. Stops after S seconds or on Ctrl+C; the counts go to standard\n"
-    "error. Fails when no telemetry arrived at all.\n"
-    "\n"
-    "  --port DEV         serial port, e.g. /dev/ttyUSB0 (or --port=DEV)\n"
-    "  --simulate         the built-in simulated KDX, run in real time, instead of\n"
-    "                     a port; --simulate=qvane simulates a Q-Vane with three\n"
-    "                     KDX axes\n"
-    "  --seconds S        stop after S seconds (a positive number, e.g. 2.5, or\n"
-    "                     --seconds=S); without it the monitor runs until Ctrl+C\n"
-    "\n"
-    "example:\n"
-    "  kdxctl monitor --port /dev/ttyUSB0 --seconds 10 > run.csv\n"
-    "  kdxctl monitor --simulate=qvane --seconds 2\n";
+const OptionSpec kOptions[] = {
+    {.name = "--port", .takes = Takes::Value, .metavar = "DEV",
+     .help = "serial port, e.g. /dev/ttyUSB0 (or --port=DEV)"},
+    {.name = "--simulate", .takes = Takes::OptionalValue,
+     .help = "the built-in simulated KDX, run in real time, instead of\n"
+             "a port; --simulate=qvane simulates a Q-Vane with three\n"
+             "KDX axes"},
+    {.name = "--seconds", .takes = Takes::Value, .metavar = "S",
+     .help = "stop after S seconds (a positive number, e.g. 2.5, or\n"
+             "--seconds=S); without it the monitor runs until Ctrl+C"},
+};
+
+} // namespace
+
+const Syntax kMonitorSyntax{
+    .synopsis = "usage: kdxctl monitor --port DEV [--seconds S]\n"
+                "       kdxctl monitor --simulate[=qvane] [--seconds S]",
+    .about = "Prints the telemetry log of a live module on standard output as it arrives:\n"
+             "the header once the first cyclic message shows the mode, then one line per\n"
+             "message, exactly as the Data Logging window writes them. Until telemetry\n"
+             "arrives it asks a Q-Vane for its Tilt axis once a second, as the program does\n"
+             "while it waits. Stops after S seconds or on Ctrl+C; the counts go to standard\n"
+             "error. Fails when no telemetry arrived at all.",
+    .options = kOptions,
+    .helpColumn = 21,
+    .example = "kdxctl monitor --port /dev/ttyUSB0 --seconds 10 > run.csv\n"
+               "kdxctl monitor --simulate=qvane --seconds 2",
+    .usageAfterError = true,
+};
+
+namespace {
 
 volatile std::sig_atomic_t g_interrupted = 0;
 
@@ -117,53 +126,26 @@ struct Options {
     double seconds = 0; // 0: until interrupted
 };
 
-// Parses the options; returns false after printing the usage error.
-bool parse(const std::vector<std::string>& args, Options& o, std::ostream& err)
+// Reads the options' values into o: 0, or 2 after printing the usage error.
+int readOptions(const Arguments& args, Options& o, CommandIo& io)
 {
-    auto usageError = [&](const std::string& what) {
-        err << "kdxctl: monitor: " << what << "\n" << kUsage;
-        return false;
-    };
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        std::string a = args[i];
-        std::string value;
-        bool hasValue = false;
-        if (const auto eq = a.find('='); a.rfind("--", 0) == 0 && eq != std::string::npos) {
-            value = a.substr(eq + 1);
-            a.resize(eq);
-            hasValue = true;
-        }
-        if (a == "--simulate") {
-            if (hasValue && value != "qvane") return usageError("--simulate takes only '=qvane'");
-            o.simulate = true;
-            o.qvane = hasValue;
-            continue;
-        }
-        if (a == "--port" || a == "--seconds") {
-            if (!hasValue) {
-                if (i + 1 >= args.size()) return usageError(a + " needs a value");
-                value = args[++i];
-            }
-            if (a == "--port") {
-                o.port = value;
-            } else {
-                char* end = nullptr;
-                o.seconds = std::strtod(value.c_str(), &end);
-                if (value.empty() || *end != '\0' || !(o.seconds > 0) || !std::isfinite(o.seconds))
-                    return usageError("--seconds needs a positive number");
-            }
-            continue;
-        }
-        return usageError("unexpected argument '" + args[i] + "'");
+    o.port = args.value("--port");
+    o.simulate = args.has("--simulate");
+    o.qvane = !args.values("--simulate").empty();
+    if (o.qvane && args.value("--simulate") != "qvane") return args.usageError(io, "--simulate takes only '=qvane'");
+    if (args.has("--seconds")) {
+        const auto seconds = parseNumber(args.value("--seconds"));
+        if (!seconds || !(*seconds > 0)) return args.usageError(io, "--seconds needs a positive number");
+        o.seconds = *seconds;
     }
-    if (o.simulate == !o.port.empty()) return usageError("give either --port DEV or --simulate");
-    return true;
+    if (o.simulate == !o.port.empty()) return args.usageError(io, "give either --port DEV or --simulate");
+    return 0;
 }
 
-int runMonitor(const std::vector<std::string>& args, CommandIo& io)
+int runMonitor(const Arguments& args, CommandIo& io)
 {
     Options o;
-    if (!parse(args, o, io.err)) return 2;
+    if (const int usage = readOptions(args, o, io)) return usage;
 
     std::unique_ptr<Source> source;
     std::string error;
@@ -237,6 +219,6 @@ int runMonitor(const std::vector<std::string>& args, CommandIo& io)
 
 } // namespace
 
-KDX_COMMAND("monitor", "prints live telemetry lines from a module or the simulated one", kUsage, runMonitor);
+KDX_COMMAND("monitor", "prints live telemetry lines from a module or the simulated one", kMonitorSyntax, runMonitor);
 
 } // namespace kdx::cli

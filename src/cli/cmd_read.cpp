@@ -1,6 +1,7 @@
 // kdxctl read: reads a module's configuration, prints it and keeps a backup file.
 #include "cli/cli_args.h"
 #include "cli/command.h"
+#include "cli/option_parser.h"
 #include "cli/posix_serial.h"
 #include "config/config_file.h"
 #include "config/driver_config.h"
@@ -20,27 +21,32 @@ constexpr int kListenMs = 1000; // telemetry arrives 100 times a second
 constexpr int kReplyMs = 1000;
 constexpr int kReadAttempts = 2;
 
-const char* const kUsage =
-    "usage: kdxctl read --port DEV [--axis tilt|roll|pan] [-o FILE] [--tsv]\n"
-    "\n"
-    "Reads the configuration memory of the module on DEV, prints its parameters and\n"
-    "saves a backup: a two-axis .kdx file for a KDX wired directly, a single-axis\n"
-    ".bls file for the KDX of one axis behind a Q-Vane. Which of the two is on the\n"
-    "line is learned from its telemetry.\n"
-    "\n"
-    "  --port DEV   serial port, e.g. /dev/ttyUSB0\n"
-    "  --axis A     through a Q-Vane: select the axis first, tilt, roll or pan (or 0,\n"
-    "               1, 2; default tilt); fails for a KDX wired directly\n"
-    "  -o FILE      backup file (default kdx-backup-YYYYMMDD-HHMMSS.kdx or .bls in\n"
-    "               the current folder); an existing file is replaced\n"
-    "  --tsv        print name<TAB>motor 0<TAB>motor 1 lines instead of the table\n"
-    "               (the backup note then goes to standard error)\n"
-    "\n"
-    "example:\n"
-    "  kdxctl read --port /dev/ttyUSB0 -o before.kdx\n"
-    "  kdxctl read --port /dev/ttyUSB0 --axis roll -o roll-before-tuning.bls\n";
+const OptionSpec kOptions[] = {
+    kPortOption,
+    kAxisOption,
+    {.name = "-o", .takes = Takes::Value, .metavar = "FILE",
+     .help = "backup file (default kdx-backup-YYYYMMDD-HHMMSS.kdx or .bls in\n"
+             "the current folder); an existing file is replaced"},
+    {.name = "--tsv",
+     .help = "print name<TAB>motor 0<TAB>motor 1 lines instead of the table\n"
+             "(the backup note then goes to standard error)"},
+};
 
-int usageError(CommandIo& io, const std::string& what) { return kdx::cli::usageError(io, "read", what); }
+} // namespace
+
+const Syntax kReadSyntax{
+    .synopsis = "usage: kdxctl read --port DEV [--axis tilt|roll|pan] [-o FILE] [--tsv]",
+    .about = "Reads the configuration memory of the module on DEV, prints its parameters and\n"
+             "saves a backup: a two-axis .kdx file for a KDX wired directly, a single-axis\n"
+             ".bls file for the KDX of one axis behind a Q-Vane. Which of the two is on the\n"
+             "line is learned from its telemetry.",
+    .options = kOptions,
+    .helpColumn = 15,
+    .example = "kdxctl read --port /dev/ttyUSB0 -o before.kdx\n"
+               "kdxctl read --port /dev/ttyUSB0 --axis roll -o roll-before-tuning.bls",
+};
+
+namespace {
 
 std::string defaultBackupName(bool twoAxis)
 {
@@ -52,27 +58,14 @@ std::string defaultBackupName(bool twoAxis)
     return std::string("kdx-backup-") + stamp + (twoAxis ? ".kdx" : ".bls");
 }
 
-int runRead(const std::vector<std::string>& args, CommandIo& io)
+int runRead(const Arguments& args, CommandIo& io)
 {
-    std::string port, output;
+    const std::string& port = args.value("--port");
+    const std::string& output = args.value("-o");
+    const bool tsv = args.has("--tsv");
     std::optional<int> axis;
-    bool tsv = false;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        const bool hasValue = i + 1 < args.size();
-        if (a == "--tsv") {
-            tsv = true;
-        } else if (a == "--port" || a == "--axis" || a == "-o") {
-            if (!hasValue) return usageError(io, a + " needs a value");
-            const std::string& v = args[++i];
-            if (a == "--port") port = v;
-            else if (a == "-o") output = v;
-            else if (!(axis = parseAxis(v))) return usageError(io, "unknown axis '" + v + "' (tilt, roll or pan)");
-        } else {
-            return usageError(io, "unexpected argument '" + a + "'");
-        }
-    }
-    if (port.empty()) return usageError(io, "--port is required");
+    if (args.has("--axis") && !(axis = parseAxis(args.value("--axis"))))
+        return args.usageError(io, "unknown axis '" + args.value("--axis") + "' (tilt, roll or pan)");
 
     PosixSerial serial;
     std::string error;
@@ -119,6 +112,6 @@ int runRead(const std::vector<std::string>& args, CommandIo& io)
 
 } // namespace
 
-KDX_COMMAND("read", "reads a module's configuration, prints it and saves a backup file", kUsage, runRead);
+KDX_COMMAND("read", "reads a module's configuration, prints it and saves a backup file", kReadSyntax, runRead);
 
 } // namespace kdx::cli

@@ -1,5 +1,6 @@
 // kdxctl show: the parameter table of a configuration file.
 #include "cli/command.h"
+#include "cli/option_parser.h"
 #include "config/config_file.h"
 #include "config/driver_config.h"
 #include "config/param_table.h"
@@ -11,36 +12,31 @@ namespace kdx::cli {
 
 namespace {
 
-const char* const kUsage =
-    "usage: kdxctl show [--tsv] FILE\n"
-    "\n"
-    "Prints the parameters of a configuration file (.kdx two-axis or .bls\n"
-    "single-axis) in display units, as the main window shows them.\n"
-    "\n"
-    "  --tsv   one line per parameter: name<TAB>motor 0<TAB>motor 1 (motor 1 empty\n"
-    "          for a single-axis file)\n"
-    "\n"
-    "example:\n"
-    "  kdxctl show gimbal.kdx\n"
-    "  kdxctl show --tsv gimbal.kdx | grep PTerm\n";
+const OptionSpec kOptions[] = {
+    {.name = "--tsv",
+     .help = "one line per parameter: name<TAB>motor 0<TAB>motor 1 (motor 1 empty\n"
+             "for a single-axis file)"},
+};
 
-int usageError(CommandIo& io, const std::string& what)
-{
-    io.err << "kdxctl show: " << what << " (try kdxctl show --help)\n";
-    return 2;
-}
+} // namespace
 
-int runShow(const std::vector<std::string>& args, CommandIo& io)
+const Syntax kShowSyntax{
+    .synopsis = "usage: kdxctl show [--tsv] FILE",
+    .about = "Prints the parameters of a configuration file (.kdx two-axis or .bls\n"
+             "single-axis) in display units, as the main window shows them.",
+    .options = kOptions,
+    .positionals = {.min = 1, .max = 1, .missing = "expected a configuration file", .extra = "one file only"},
+    .helpColumn = 10,
+    .example = "kdxctl show gimbal.kdx\n"
+               "kdxctl show --tsv gimbal.kdx | grep PTerm",
+};
+
+namespace {
+
+int runShow(const Arguments& args, CommandIo& io)
 {
-    bool tsv = false;
-    std::string file;
-    for (const std::string& a : args) {
-        if (a == "--tsv") tsv = true;
-        else if (!a.empty() && a[0] == '-') return usageError(io, "unknown option '" + a + "'");
-        else if (file.empty()) file = a;
-        else return usageError(io, "one file only");
-    }
-    if (file.empty()) return usageError(io, "expected a configuration file");
+    const bool tsv = args.has("--tsv");
+    const std::string& file = args.positionals()[0];
 
     const ConfigLoad load = loadConfigFile(file, false);
     if (load.status == ConfigLoadStatus::Failed) {
@@ -62,6 +58,6 @@ int runShow(const std::vector<std::string>& args, CommandIo& io)
 
 } // namespace
 
-KDX_COMMAND("show", "prints the parameters of a .kdx or .bls configuration file", kUsage, runShow);
+KDX_COMMAND("show", "prints the parameters of a .kdx or .bls configuration file", kShowSyntax, runShow);
 
 } // namespace kdx::cli

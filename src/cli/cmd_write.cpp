@@ -1,6 +1,7 @@
 // kdxctl write: writes a configuration file into a module and checks it by reading back.
 #include "cli/cli_args.h"
 #include "cli/command.h"
+#include "cli/option_parser.h"
 #include "cli/posix_serial.h"
 #include "config/config_file.h"
 #include "config/memory_session.h"
@@ -20,52 +21,42 @@ constexpr int kReadAttempts = 2;
 // read-back is taken before a difference counts.
 constexpr int kVerifyReads = 2;
 
-const char* const kUsage =
-    "usage: kdxctl write --port DEV [--axis tilt|roll|pan] [--motor 0|1] FILE\n"
-    "\n"
-    "Writes the memory image of a configuration file into the module on DEV byte for\n"
-    "byte, reads it back, and succeeds only if the module then holds exactly that.\n"
-    "A KDX wired directly takes a two-axis .kdx file (both motor blocks); the KDX of\n"
-    "a Q-Vane axis takes one motor block, from a .bls file or, with --motor, from\n"
-    "either motor of a .kdx file (default motor 0).\n"
-    "\n"
-    "  --port DEV   serial port, e.g. /dev/ttyUSB0\n"
-    "  --axis A     through a Q-Vane: select the axis first, tilt, roll or pan (or 0,\n"
-    "               1, 2; default tilt); fails for a KDX wired directly\n"
-    "  --motor M    through a Q-Vane with a two-axis file: the motor block to write,\n"
-    "               0 or 1 (default 0)\n"
-    "\n"
-    "example:\n"
-    "  kdxctl write --port /dev/ttyUSB0 before.kdx\n"
-    "  kdxctl write --port /dev/ttyUSB0 --axis pan pan-axis.bls\n";
+const OptionSpec kOptions[] = {
+    kPortOption,
+    kAxisOption,
+    {.name = "--motor", .takes = Takes::Value, .metavar = "M",
+     .help = "through a Q-Vane with a two-axis file: the motor block to write,\n"
+             "0 or 1 (default 0)"},
+};
 
-int usageError(CommandIo& io, const std::string& what) { return kdx::cli::usageError(io, "write", what); }
+} // namespace
 
-int runWrite(const std::vector<std::string>& args, CommandIo& io)
+const Syntax kWriteSyntax{
+    .synopsis = "usage: kdxctl write --port DEV [--axis tilt|roll|pan] [--motor 0|1] FILE",
+    .about = "Writes the memory image of a configuration file into the module on DEV byte for\n"
+             "byte, reads it back, and succeeds only if the module then holds exactly that.\n"
+             "A KDX wired directly takes a two-axis .kdx file (both motor blocks); the KDX of\n"
+             "a Q-Vane axis takes one motor block, from a .bls file or, with --motor, from\n"
+             "either motor of a .kdx file (default motor 0).",
+    .options = kOptions,
+    .positionals = {.min = 1, .max = 1, .missing = "expected a configuration file", .extra = "one file only"},
+    .helpColumn = 15,
+    .example = "kdxctl write --port /dev/ttyUSB0 before.kdx\n"
+               "kdxctl write --port /dev/ttyUSB0 --axis pan pan-axis.bls",
+};
+
+namespace {
+
+int runWrite(const Arguments& args, CommandIo& io)
 {
-    std::string port, file;
+    const std::string& port = args.value("--port");
+    const std::string& file = args.positionals()[0];
     std::optional<int> axis;
-    int motor = 0;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        if (a == "--port" || a == "--axis" || a == "--motor") {
-            if (i + 1 >= args.size()) return usageError(io, a + " needs a value");
-            const std::string& v = args[++i];
-            if (a == "--port") port = v;
-            else if (a == "--motor") {
-                if (v != "0" && v != "1") return usageError(io, "--motor is 0 or 1");
-                motor = v == "1";
-            } else if (!(axis = parseAxis(v))) return usageError(io, "unknown axis '" + v + "' (tilt, roll or pan)");
-        } else if (!a.empty() && a[0] == '-') {
-            return usageError(io, "unknown option '" + a + "'");
-        } else if (file.empty()) {
-            file = a;
-        } else {
-            return usageError(io, "one file only");
-        }
-    }
-    if (port.empty()) return usageError(io, "--port is required");
-    if (file.empty()) return usageError(io, "expected a configuration file");
+    if (args.has("--axis") && !(axis = parseAxis(args.value("--axis"))))
+        return args.usageError(io, "unknown axis '" + args.value("--axis") + "' (tilt, roll or pan)");
+    const std::string motorText = args.has("--motor") ? args.value("--motor") : "0";
+    if (motorText != "0" && motorText != "1") return args.usageError(io, "--motor is 0 or 1");
+    const int motor = motorText == "1";
 
     auto fail = [&](const std::string& why) {
         io.err << "kdxctl: " << why << "\n";
@@ -119,6 +110,6 @@ int runWrite(const std::vector<std::string>& args, CommandIo& io)
 
 } // namespace
 
-KDX_COMMAND("write", "writes a configuration file into a module and verifies it", kUsage, runWrite);
+KDX_COMMAND("write", "writes a configuration file into a module and verifies it", kWriteSyntax, runWrite);
 
 } // namespace kdx::cli

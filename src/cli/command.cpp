@@ -1,4 +1,5 @@
 #include "cli/command.h"
+#include "cli/option_parser.h"
 
 #include <ostream>
 
@@ -17,7 +18,10 @@ int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
               "       kdxctl COMMAND --help\n\n"
               "The command-line companion of KDX Tool, for scripts and production lines.\n\n"
               "Commands:\n";
-        for (const auto& c : registry()) os << "  " << c.name << std::string(c.name.size() < 10 ? 10 - c.name.size() : 1, ' ') << c.summary << "\n";
+        for (const auto& c : registry()) {
+            const std::string name = c.name;
+            os << "  " << name << std::string(name.size() < 10 ? 10 - name.size() : 1, ' ') << c.summary << "\n";
+        }
         os << "\nRun 'kdxctl COMMAND --help' (or -h) for a command's options and an example.\n"
               "Exit status: 0 success, 1 failure (one line on standard error says why),\n"
               "2 usage error.\n\n"
@@ -37,14 +41,16 @@ int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
     }
     for (const auto& c : registry()) {
         if (c.name != args[0]) continue;
-        std::vector<std::string> rest(args.begin() + 1, args.end());
+        const std::span<const std::string> rest(args.begin() + 1, args.end());
         for (const auto& a : rest) {
             if (a == "--help" || a == "-h") {
-                io.out << c.usage;
+                io.out << usageText(c.syntax);
                 return 0;
             }
         }
-        return c.run(rest, io);
+        const auto parsed = parseArguments(c, rest);
+        if (const auto* error = std::get_if<std::string>(&parsed)) return usageError(io, c, *error);
+        return c.run(std::get<Arguments>(parsed), io);
     }
     io.err << "kdxctl: unknown command '" << args[0] << "' (try kdxctl --help)\n";
     return 2;

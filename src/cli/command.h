@@ -2,7 +2,6 @@
 // kdxctl's commands. Each command file registers itself with KDX_COMMAND; main.cpp
 // dispatches by name. Exit codes: 0 success, 1 failure (one clear line on stderr),
 // 2 usage.
-#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -14,11 +13,14 @@ struct CommandIo {
     std::ostream& err;
 };
 
+struct Syntax;
+class Arguments;
+
 struct Command {
-    std::string name;
-    std::string summary; // one line for `kdxctl --help`
-    std::string usage;   // full text for `kdxctl NAME --help`, with an example
-    std::function<int(const std::vector<std::string>& args, CommandIo& io)> run;
+    const char* name;
+    const char* summary;  // one line for `kdxctl --help`
+    const Syntax& syntax; // its options and arguments, and the text of `kdxctl NAME --help`
+    int (*run)(const Arguments& args, CommandIo& io);
 };
 
 std::vector<Command>& registry();

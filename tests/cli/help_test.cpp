@@ -1,10 +1,13 @@
-// kdxctl's help: every command is listed, and every command's --help explains each
-// option of its synopsis and shows the command in use.
+// kdxctl's help: every command is listed, and every command's --help is the text users
+// know (tests/data/kdxctl_help), explains each option of its synopsis and shows the
+// command in use.
 #include "cli/command.h"
 #include "cli/run_kdxctl.h"
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <set>
 #include <sstream>
 
@@ -69,9 +72,10 @@ TEST(KdxctlHelp, ListsEveryCommandWithItsSummary)
     EXPECT_EQ(help.err, "");
     ASSERT_FALSE(cli::registry().empty());
     for (const auto& c : cli::registry()) {
-        EXPECT_FALSE(c.summary.empty()) << c.name;
-        EXPECT_NE(help.out.find("\n  " + c.name + " "), std::string::npos) << c.name << " is not listed";
-        EXPECT_NE(help.out.find(c.summary + "\n"), std::string::npos) << c.name;
+        const std::string name = c.name, summary = c.summary;
+        EXPECT_FALSE(summary.empty()) << name;
+        EXPECT_NE(help.out.find("\n  " + name + " "), std::string::npos) << name << " is not listed";
+        EXPECT_NE(help.out.find(summary + "\n"), std::string::npos) << name;
     }
     EXPECT_EQ(kdxctl({"-h"}).out, help.out);
     // Without a command the same text goes to standard error as a usage error.
@@ -84,19 +88,22 @@ TEST(KdxctlHelp, ListsEveryCommandWithItsSummary)
 TEST(KdxctlHelp, EachCommandExplainsItsOptionsAndShowsAnExample)
 {
     for (const auto& c : cli::registry()) {
-        SCOPED_TRACE(c.name);
+        const std::string name = c.name;
+        SCOPED_TRACE(name);
+        std::ifstream golden(std::string(KDX_TEST_DATA) + "/kdxctl_help/" + name + ".txt", std::ios::binary);
+        const std::string usage(std::istreambuf_iterator<char>(golden), {});
         for (const char* flag : {"--help", "-h"}) {
-            const Result r = kdxctl({c.name, flag});
+            const Result r = kdxctl({name, flag});
             EXPECT_EQ(r.code, 0) << flag;
-            EXPECT_EQ(r.out, c.usage) << flag;
+            EXPECT_EQ(r.out, usage) << flag;
             EXPECT_EQ(r.err, "") << flag;
         }
         // --help wins wherever it stands, so nothing runs (no port is opened).
-        EXPECT_EQ(kdxctl({c.name, "--port", "/nonexistent/tty", "--help"}).out, c.usage);
+        EXPECT_EQ(kdxctl({name, "--port", "/nonexistent/tty", "--help"}).out, usage);
 
-        const auto text = lines(c.usage);
+        const auto text = lines(usage);
         ASSERT_FALSE(text.empty());
-        EXPECT_EQ(text[0].rfind("usage: kdxctl " + c.name, 0), 0u) << text[0];
+        EXPECT_EQ(text[0].rfind("usage: kdxctl " + name, 0), 0u) << text[0];
         const auto explained = explainedOptions(text);
         for (const std::string& option : synopsisOptions(text))
             EXPECT_TRUE(explained.count(option)) << option << " is in the synopsis but not explained";
@@ -105,8 +112,8 @@ TEST(KdxctlHelp, EachCommandExplainsItsOptionsAndShowsAnExample)
         for (const std::string& line : text) {
             EXPECT_LE(line.size(), 80u) << line;
             if (line.rfind("example", 0) == 0) inExample = true;
-            if (inExample && line.find("kdxctl " + c.name) != std::string::npos) shown = true;
+            if (inExample && line.find("kdxctl " + name) != std::string::npos) shown = true;
         }
-        EXPECT_TRUE(shown) << "no example line running kdxctl " << c.name;
+        EXPECT_TRUE(shown) << "no example line running kdxctl " << name;
     }
 }
