@@ -1,6 +1,7 @@
 // kdxctl decode: a recorded byte stream in, the telemetry log out, exactly as the
 // logging window writes it when the recording is played with a log running.
 #include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/option_parser.h"
 #include "link/receiver.h"
 #include "telemetry/telemetry_log_stream.h"
@@ -137,6 +138,8 @@ private:
     std::string temp_;
 };
 
+} // namespace
+
 int runDecode(const Arguments& args, CommandIo& io)
 {
     const std::string& recording = args.positionals()[0];
@@ -190,9 +193,5 @@ int runDecode(const Arguments& args, CommandIo& io)
     io.err << "\n";
     return 0;
 }
-
-} // namespace
-
-KDX_COMMAND("decode", "turns a recorded byte stream into the telemetry log", kDecodeSyntax, runDecode);
 
 } // namespace kdx::cli

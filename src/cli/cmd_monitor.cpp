@@ -2,6 +2,7 @@
 // standard output, as they arrive.
 #include "cli/cli_args.h"
 #include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/posix_serial.h"
 #include "link/frame.h"
 #include "link/message_ids.h"
@@ -142,6 +143,8 @@ int readOptions(const Arguments& args, Options& o, CommandIo& io)
     return 0;
 }
 
+} // namespace
+
 int runMonitor(const Arguments& args, CommandIo& io)
 {
     Options o;
@@ -216,9 +219,5 @@ int runMonitor(const Arguments& args, CommandIo& io)
     }
     return rc;
 }
-
-} // namespace
-
-KDX_COMMAND("monitor", "prints live telemetry lines from a module or the simulated one", kMonitorSyntax, runMonitor);
 
 } // namespace kdx::cli

@@ -1,5 +1,6 @@
 // kdxctl ports: the serial ports this machine offers, one per line.
 #include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/option_parser.h"
 #include "cli/posix_serial.h"
 
@@ -16,8 +17,6 @@ const Syntax kPortsSyntax{
     .example = "kdxctl ports",
 };
 
-namespace {
-
 int runPorts(const Arguments&, CommandIo& io)
 {
     const auto ports = listSerialPorts();
@@ -25,9 +24,5 @@ int runPorts(const Arguments&, CommandIo& io)
     if (ports.empty()) io.err << "kdxctl: no serial ports found\n";
     return 0;
 }
-
-} // namespace
-
-KDX_COMMAND("ports", "lists the serial ports", kPortsSyntax, runPorts);
 
 } // namespace kdx::cli

@@ -1,6 +1,7 @@
 // kdxctl read: reads a module's configuration, prints it and keeps a backup file.
 #include "cli/cli_args.h"
 #include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/option_parser.h"
 #include "cli/posix_serial.h"
 #include "config/config_file.h"
@@ -58,6 +59,8 @@ std::string defaultBackupName(bool twoAxis)
     return std::string("kdx-backup-") + stamp + (twoAxis ? ".kdx" : ".bls");
 }
 
+} // namespace
+
 int runRead(const Arguments& args, CommandIo& io)
 {
     const std::string& port = args.value("--port");
@@ -109,9 +112,5 @@ int runRead(const Arguments& args, CommandIo& io)
     (tsv ? io.err : io.out) << "backup saved to " << file << "\n";
     return 0;
 }
-
-} // namespace
-
-KDX_COMMAND("read", "reads a module's configuration, prints it and saves a backup file", kReadSyntax, runRead);
 
 } // namespace kdx::cli

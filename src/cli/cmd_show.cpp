@@ -1,5 +1,6 @@
 // kdxctl show: the parameter table of a configuration file.
 #include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/option_parser.h"
 #include "config/config_file.h"
 #include "config/driver_config.h"
@@ -31,8 +32,6 @@ const Syntax kShowSyntax{
                "kdxctl show --tsv gimbal.kdx | grep PTerm",
 };
 
-namespace {
-
 int runShow(const Arguments& args, CommandIo& io)
 {
     const bool tsv = args.has("--tsv");
@@ -55,9 +54,5 @@ int runShow(const Arguments& args, CommandIo& io)
     io.out << (tsv ? paramTableTsv(rows) : paramTableText(rows, load.twoAxis()));
     return 0;
 }
-
-} // namespace
-
-KDX_COMMAND("show", "prints the parameters of a .kdx or .bls configuration file", kShowSyntax, runShow);
 
 } // namespace kdx::cli

@@ -1,6 +1,7 @@
 // kdxctl sim: the simulated module on a pseudo-terminal, or into a recording.
 #include "cli/cli_args.h"
 #include "cli/command.h"
+#include "cli/commands.h"
 #include "sim/pty_bridge.h"
 #include "sim/recording.h"
 #include "sim/simulator.h"
@@ -93,6 +94,8 @@ int servePty(const sim::SimOptions& options, CommandIo& io)
     return 0;
 }
 
+} // namespace
+
 int runSim(const Arguments& args, CommandIo& io)
 {
     sim::SimOptions options;
@@ -134,9 +137,5 @@ int runSim(const Arguments& args, CommandIo& io)
            << (options.qvane ? "Q-Vane" : "KDX") << ", to " << recordPath << "\n";
     return 0;
 }
-
-} // namespace
-
-KDX_COMMAND("sim", "runs a simulated module on a pseudo-terminal or into a recording", kSimSyntax, runSim);
 
 } // namespace kdx::cli

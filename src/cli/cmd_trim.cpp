@@ -2,6 +2,7 @@
 // exactly as the Comms Link window's "Write File" writes it.
 #include "cli/cli_args.h"
 #include "cli/command.h"
+#include "cli/commands.h"
 #include "link/trim.h"
 
 #include <optional>
@@ -35,8 +36,6 @@ const Syntax kTrimSyntax{
     .example = "kdxctl trim 'Run 0.Log' --start 40960 --end 81920   # writes 'Run 0.Log_t'",
 };
 
-namespace {
-
 int runTrim(const Arguments& args, CommandIo& io)
 {
     const std::string& recording = args.positionals()[0];
@@ -58,9 +57,5 @@ int runTrim(const Arguments& args, CommandIo& io)
     io.err << "trim: " << r.copied << " bytes written to " << r.output << "\n";
     return 0;
 }
-
-} // namespace
-
-KDX_COMMAND("trim", "writes the stretch of a recording between two marks to RECORDING_t", kTrimSyntax, runTrim);
 
 } // namespace kdx::cli

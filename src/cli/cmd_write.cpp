@@ -1,6 +1,7 @@
 // kdxctl write: writes a configuration file into a module and checks it by reading back.
 #include "cli/cli_args.h"
 #include "cli/command.h"
+#include "cli/commands.h"
 #include "cli/option_parser.h"
 #include "cli/posix_serial.h"
 #include "config/config_file.h"
@@ -44,8 +45,6 @@ const Syntax kWriteSyntax{
     .example = "kdxctl write --port /dev/ttyUSB0 before.kdx\n"
                "kdxctl write --port /dev/ttyUSB0 --axis pan pan-axis.bls",
 };
-
-namespace {
 
 int runWrite(const Arguments& args, CommandIo& io)
 {
@@ -107,9 +106,5 @@ int runWrite(const Arguments& args, CommandIo& io)
            << " and read them back\n";
     return 0;
 }
-
-} // namespace
-
-KDX_COMMAND("write", "writes a configuration file into a module and verifies it", kWriteSyntax, runWrite);
 
 } // namespace kdx::cli

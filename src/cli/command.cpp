@@ -5,12 +5,6 @@
 
 namespace kdx::cli {
 
-std::vector<Command>& registry()
-{
-    static std::vector<Command> commands;
-    return commands;
-}
-
 int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
 {
     auto printHelp = [&](std::ostream& os) {
@@ -18,7 +12,7 @@ int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
               "       kdxctl COMMAND --help\n\n"
               "The command-line companion of KDX Tool, for scripts and production lines.\n\n"
               "Commands:\n";
-        for (const auto& c : registry()) {
+        for (const auto& c : commands()) {
             const std::string name = c.name;
             os << "  " << name << std::string(name.size() < 10 ? 10 - name.size() : 1, ' ') << c.summary << "\n";
         }
@@ -39,7 +33,7 @@ int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
         printHelp(io.out);
         return 0;
     }
-    for (const auto& c : registry()) {
+    for (const auto& c : commands()) {
         if (c.name != args[0]) continue;
         const std::span<const std::string> rest(args.begin() + 1, args.end());
         for (const auto& a : rest) {

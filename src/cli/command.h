@@ -1,8 +1,8 @@
 #pragma once
-// kdxctl's commands. Each command file registers itself with KDX_COMMAND; main.cpp
-// dispatches by name. Exit codes: 0 success, 1 failure (one clear line on stderr),
-// 2 usage.
+// kdxctl's commands and the entry point main.cpp hands its arguments to. Exit codes:
+// 0 success, 1 failure (one clear line on stderr), 2 usage.
 #include <iosfwd>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -23,18 +23,10 @@ struct Command {
     int (*run)(const Arguments& args, CommandIo& io);
 };
 
-std::vector<Command>& registry();
-
-struct Registrar {
-    explicit Registrar(Command c) { registry().push_back(std::move(c)); }
-};
+// Every command, in the order `kdxctl --help` lists them (command_table.cpp).
+std::span<const Command> commands();
 
 // Runs kdxctl with argv-style arguments (args[0] is the command name).
 int runKdxctl(const std::vector<std::string>& args, CommandIo& io);
 
 } // namespace kdx::cli
-
-#define KDX_CMD_CAT2(a, b) a##b
-#define KDX_CMD_CAT(a, b) KDX_CMD_CAT2(a, b)
-#define KDX_COMMAND(...) \
-    static ::kdx::cli::Registrar KDX_CMD_CAT(kdxCommandRegistrar_, __LINE__)(::kdx::cli::Command{__VA_ARGS__})

@@ -70,8 +70,8 @@ TEST(KdxctlHelp, ListsEveryCommandWithItsSummary)
     const Result help = kdxctl({"--help"});
     EXPECT_EQ(help.code, 0);
     EXPECT_EQ(help.err, "");
-    ASSERT_FALSE(cli::registry().empty());
-    for (const auto& c : cli::registry()) {
+    ASSERT_FALSE(cli::commands().empty());
+    for (const auto& c : cli::commands()) {
         const std::string name = c.name, summary = c.summary;
         EXPECT_FALSE(summary.empty()) << name;
         EXPECT_NE(help.out.find("\n  " + name + " "), std::string::npos) << name << " is not listed";
@@ -87,7 +87,7 @@ TEST(KdxctlHelp, ListsEveryCommandWithItsSummary)
 
 TEST(KdxctlHelp, EachCommandExplainsItsOptionsAndShowsAnExample)
 {
-    for (const auto& c : cli::registry()) {
+    for (const auto& c : cli::commands()) {
         const std::string name = c.name;
         SCOPED_TRACE(name);
         std::ifstream golden(std::string(KDX_TEST_DATA) + "/kdxctl_help/" + name + ".txt", std::ios::binary);

@@ -1,0 +1,23 @@
+// Every kdxctl command, in the order `kdxctl --help` lists them.
+#include "cli/commands.h"
+
+namespace kdx::cli {
+
+namespace {
+
+const Command kCommands[] = {
+    {"decode", "turns a recorded byte stream into the telemetry log", kDecodeSyntax, runDecode},
+    {"monitor", "prints live telemetry lines from a module or the simulated one", kMonitorSyntax, runMonitor},
+    {"ports", "lists the serial ports", kPortsSyntax, runPorts},
+    {"read", "reads a module's configuration, prints it and saves a backup file", kReadSyntax, runRead},
+    {"show", "prints the parameters of a .kdx or .bls configuration file", kShowSyntax, runShow},
+    {"sim", "runs a simulated module on a pseudo-terminal or into a recording", kSimSyntax, runSim},
+    {"trim", "writes the stretch of a recording between two marks to RECORDING_t", kTrimSyntax, runTrim},
+    {"write", "writes a configuration file into a module and verifies it", kWriteSyntax, runWrite},
+};
+
+} // namespace
+
+std::span<const Command> commands() { return kCommands; }
+
+} // namespace kdx::cli
