@@ -9,7 +9,8 @@ int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
 {
     auto printHelp = [&](std::ostream& os) {
         os << "usage: kdxctl COMMAND [OPTIONS]\n"
-              "       kdxctl COMMAND --help\n\n"
+              "       kdxctl COMMAND --help\n"
+              "       kdxctl --version\n\n"
               "The command-line companion of KDX Tool, for scripts and production lines.\n\n"
               "Commands:\n";
         for (const auto& c : commands()) {
@@ -31,6 +32,10 @@ int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
     }
     if (args[0] == "--help" || args[0] == "-h" || args[0] == "help") {
         printHelp(io.out);
+        return 0;
+    }
+    if (args[0] == "--version") {
+        io.out << "kdxctl " << KDX_VERSION_MAJOR << "." << KDX_VERSION_MINOR << "." << KDX_VERSION_PATCH << "\n";
         return 0;
     }
     for (const auto& c : commands()) {

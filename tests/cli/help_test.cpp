@@ -83,6 +83,10 @@ TEST(KdxctlHelp, ListsEveryCommandWithItsSummary)
     EXPECT_EQ(bare.code, 2);
     EXPECT_EQ(bare.err, help.out);
     EXPECT_EQ(bare.out, "");
+    // The project's version, as kdxtool --version shows it.
+    const Result version = kdxctl({"--version"});
+    EXPECT_EQ(version.code, 0);
+    EXPECT_EQ(version.out, "kdxctl " KDX_PROJECT_VERSION "\n");
 }
 
 TEST(KdxctlHelp, EachCommandExplainsItsOptionsAndShowsAnExample)
