@@ -39,8 +39,9 @@ struct PositionalSpec {
     const char* help = nullptr;
 };
 
+// The texts are lines separated by '\n', without a final newline.
 struct Syntax {
-    const char* synopsis;            // "usage: kdxctl NAME ...\n", one line or more
+    const char* synopsis;            // "usage: kdxctl NAME ...", one line or more
     const char* about;               // the paragraph under it
     std::span<const OptionSpec> options = {};
     PositionalSpec positionals = {};
@@ -49,7 +50,8 @@ struct Syntax {
     bool usageAfterError = false;    // a usage error prints "kdxctl: NAME: WHAT" and the whole usage
 };
 
-// A command line that matched its command's syntax.
+// A command line that matched its command's syntax. Options are named by any of their
+// spellings; naming one the command does not declare throws std::logic_error.
 class Arguments {
 public:
     // Whether the option (any of its spellings) was given.
