@@ -1,5 +1,6 @@
 // kdxctl show: the parameter table of a configuration file.
 #include "cli/command.h"
+#include "cli/stdout_check.h"
 #include "config/config_file.h"
 #include "config/driver_config.h"
 #include "config/param_table.h"
@@ -57,6 +58,10 @@ int runShow(const std::vector<std::string>& args, CommandIo& io)
     }
     const auto rows = paramTable(config, load.twoAxis());
     io.out << (tsv ? paramTableTsv(rows) : paramTableText(rows, load.twoAxis()));
+    if (!outputReached(io.out)) {
+        io.err << "kdxctl: " << kOutputLost << "\n";
+        return 1;
+    }
     return 0;
 }
 
