@@ -7,19 +7,22 @@
 #include "telemetry/telemetry_log_stream.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
-#include <filesystem>
+#include <cstring>
+#include <iterator>
 #include <memory>
 #include <ostream>
 #include <string>
 #include <system_error>
 #include <vector>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace kdx::cli {
 
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::size_t kReadBlock = 1 << 20;  // bytes read from the recording at a time
 constexpr std::size_t kWriteBlock = 1 << 20; // log text collected before it is written
@@ -27,7 +30,8 @@ constexpr std::size_t kWriteBlock = 1 << 20; // log text collected before it is 
 const OptionSpec kOptions[] = {
     {.name = "-o", .alias = "--output", .takes = Takes::Value, .metavar = "OUT", .needs = "a file name",
      .help = "write the log to OUT instead of standard output; OUT is\n"
-             "replaced only once the whole log is written"},
+             "replaced only once the whole log is written, and an\n"
+             "interrupted decode leaves no partial file behind"},
 };
 
 } // namespace
@@ -62,8 +66,41 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// Where the log goes: standard output, or a temporary file beside OUT that is renamed
-// over OUT once the whole log is written, so a failed decode never leaves half a log.
+// The partial log's name while decode runs, for the signal handlers: they remove the
+// file and then end the process as the signal would have. Empty while there is none.
+char g_partialLog[4096];
+struct sigaction g_previous[3];
+constexpr int kCleanupSignals[3] = {SIGINT, SIGTERM, SIGHUP};
+
+extern "C" void removePartialLog(int sig)
+{
+    if (g_partialLog[0] != '\0') ::unlink(g_partialLog);
+    ::signal(sig, SIG_DFL);
+    ::raise(sig);
+}
+
+// Holds the cleanup signals back while the partial log's name changes hands.
+class SignalsHeld {
+public:
+    SignalsHeld()
+    {
+        sigset_t set;
+        sigemptyset(&set);
+        for (int sig : kCleanupSignals) sigaddset(&set, sig);
+        ::sigprocmask(SIG_BLOCK, &set, &old_);
+    }
+    ~SignalsHeld() { ::sigprocmask(SIG_SETMASK, &old_, nullptr); }
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+private:
+    sigset_t old_;
+};
+
+// Where the log goes: standard output, or a private temporary file beside OUT that is
+// renamed over OUT once the whole log is written. The temporary file is created afresh
+// (never through a link planted under its name) and removed on every way out: a
+// failure, a return, or an interrupting signal.
 class LogOutput {
 public:
     LogOutput(std::ostream& out) : out_(&out) {}
@@ -71,11 +108,33 @@ public:
     bool openFile(const std::string& path, std::string& error)
     {
         target_ = path;
-        temp_ = path + ".kdxctl-part";
-        errno = 0;
-        file_.reset(std::fopen(temp_.c_str(), "wb"));
+        std::string temp = path + ".kdxctl-XXXXXX";
+        if (temp.size() >= sizeof g_partialLog) {
+            error = "cannot write " + path + ": " + osReason(ENAMETOOLONG);
+            return false;
+        }
+        int fd;
+        {
+            SignalsHeld held;
+            fd = ::mkstemp(temp.data());
+            if (fd >= 0) {
+                std::memcpy(g_partialLog, temp.c_str(), temp.size() + 1);
+                temp_ = temp;
+                installHandlers();
+            }
+        }
+        if (fd < 0) {
+            error = "cannot write " + path + ": " + osReason(errno);
+            return false;
+        }
+        // mkstemp makes the file private; the log gets what a new file would get.
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        ::fchmod(fd, 0666 & ~mask);
+        file_.reset(::fdopen(fd, "wb"));
         if (!file_) {
-            error = "cannot write " + path + ": " + osReason(errno ? errno : ENOENT);
+            error = "cannot write " + path + ": " + osReason(errno);
+            ::close(fd);
             return false;
         }
         return true;
@@ -112,30 +171,53 @@ public:
             error = "cannot write " + target_ + ": " + osReason(errno ? errno : EIO);
             return false;
         }
-        std::error_code ec;
-        fs::rename(temp_, target_, ec);
-        if (ec) {
-            error = "cannot replace " + target_ + ": " + ec.message();
+        SignalsHeld held;
+        if (::rename(temp_.c_str(), target_.c_str()) != 0) {
+            error = "cannot replace " + target_ + ": " + osReason(errno);
             return false;
         }
-        temp_.clear();
+        forgetTemp();
         return true;
     }
 
     ~LogOutput()
     {
         file_.reset();
-        if (!temp_.empty()) {
-            std::error_code ec;
-            fs::remove(temp_, ec);
-        }
+        if (temp_.empty()) return;
+        SignalsHeld held;
+        ::unlink(temp_.c_str());
+        forgetTemp();
     }
 
 private:
+    void installHandlers()
+    {
+        struct sigaction action {};
+        action.sa_handler = removePartialLog;
+        sigemptyset(&action.sa_mask);
+        // A signal the caller ignores (nohup) stays ignored.
+        for (std::size_t i = 0; i < std::size(kCleanupSignals); ++i)
+            if (::sigaction(kCleanupSignals[i], nullptr, &g_previous[i]) == 0 && g_previous[i].sa_handler != SIG_IGN)
+                ::sigaction(kCleanupSignals[i], &action, nullptr);
+        handlers_ = true;
+    }
+
+    // Called with the signals held.
+    void forgetTemp()
+    {
+        g_partialLog[0] = '\0';
+        temp_.clear();
+        if (!handlers_) return;
+        for (std::size_t i = 0; i < std::size(kCleanupSignals); ++i)
+            ::sigaction(kCleanupSignals[i], &g_previous[i], nullptr);
+        handlers_ = false;
+    }
+
     std::ostream* out_;
     File file_;
     std::string target_;
     std::string temp_;
+    bool handlers_ = false;
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "cli/commands.h"
 #include "cli/option_parser.h"
 #include "cli/posix_serial.h"
+#include "cli/stdout_check.h"
 #include "config/config_file.h"
 #include "config/driver_config.h"
 #include "config/memory_session.h"
@@ -106,10 +107,15 @@ int runRead(const Arguments& args, CommandIo& io)
     }
     const auto rows = paramTable(config, !qvane);
     io.out << (tsv ? paramTableTsv(rows) : paramTableText(rows, !qvane));
+    // The backup is saved even when the table could not be shown: the read succeeded.
+    const bool shown = outputReached(io.out);
 
     const std::string file = output.empty() ? defaultBackupName(!qvane) : output;
     if (const auto box = saveConfigFile(file, image, !qvane)) return fail(file + ": " + box->prompt);
+    const std::string lost = std::string(kOutputLost) + "; the backup was saved to " + file;
+    if (!shown) return fail(lost);
     (tsv ? io.err : io.out) << "backup saved to " << file << "\n";
+    if (!outputReached(io.out)) return fail(lost);
     return 0;
 }
 

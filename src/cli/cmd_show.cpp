@@ -2,6 +2,7 @@
 #include "cli/command.h"
 #include "cli/commands.h"
 #include "cli/option_parser.h"
+#include "cli/stdout_check.h"
 #include "config/config_file.h"
 #include "config/driver_config.h"
 #include "config/param_table.h"
@@ -52,6 +53,10 @@ int runShow(const Arguments& args, CommandIo& io)
     }
     const auto rows = paramTable(config, load.twoAxis());
     io.out << (tsv ? paramTableTsv(rows) : paramTableText(rows, load.twoAxis()));
+    if (!outputReached(io.out)) {
+        io.err << "kdxctl: " << kOutputLost << "\n";
+        return 1;
+    }
     return 0;
 }
 

@@ -38,7 +38,8 @@ const Syntax kWriteSyntax{
              "byte, reads it back, and succeeds only if the module then holds exactly that.\n"
              "A KDX wired directly takes a two-axis .kdx file (both motor blocks); the KDX of\n"
              "a Q-Vane axis takes one motor block, from a .bls file or, with --motor, from\n"
-             "either motor of a .kdx file (default motor 0).",
+             "either motor of a .kdx file (default motor 0). A file whose data records hold\n"
+             "anything but hexadecimal digits is refused before anything is sent.",
     .options = kOptions,
     .positionals = {.min = 1, .max = 1, .missing = "expected a configuration file", .extra = "one file only"},
     .helpColumn = 15,
@@ -63,6 +64,11 @@ int runWrite(const Arguments& args, CommandIo& io)
     };
     const ConfigLoad load = loadConfigFile(file, false);
     if (load.status == ConfigLoadStatus::Failed) return fail(file + ": " + load.box.prompt);
+    // Stricter than loading into the program, which reads such a record as best it can
+    // (blanks as zeros): bytes that are not in the file never go into a module.
+    if (load.firstNonHexLine > 0)
+        return fail(file + ": line " + std::to_string(load.firstNonHexLine) +
+                    " holds characters that are not hexadecimal digits; nothing was written");
 
     PosixSerial serial;
     std::string error;

@@ -18,6 +18,17 @@ namespace {
 
 std::string reason(int err) { return std::strerror(err); }
 
+// A line that hung up reads as empty and refuses writes with EIO; a non-blocking read
+// may even report EAGAIN. None of those texts says what happened, so a hang-up gets
+// its own.
+const char* const kHungUp = "the line hung up (the device was unplugged, or the program at its other end closed it)";
+
+bool hungUp(int fd)
+{
+    pollfd p{fd, 0, 0};
+    return ::poll(&p, 1, 0) > 0 && (p.revents & POLLHUP);
+}
+
 std::string openFailure(const std::string& path, int err)
 {
     std::string text = "cannot open " + path + ": " + reason(err);
@@ -84,7 +95,8 @@ bool PosixSerial::write(std::span<const uint8_t> bytes, std::string& error)
         }
         if (errno == EINTR) continue;
         if (errno != EAGAIN && errno != EWOULDBLOCK) {
-            error = reason(errno);
+            const int err = errno;
+            error = hungUp(fd_) ? kHungUp : reason(err);
             return false;
         }
         // The line is busy: wait for room, but never forever.
@@ -99,7 +111,7 @@ bool PosixSerial::write(std::span<const uint8_t> bytes, std::string& error)
             return false;
         }
         if (r > 0 && (p.revents & (POLLERR | POLLHUP | POLLNVAL))) {
-            error = "the line was closed";
+            error = (p.revents & POLLHUP) ? kHungUp : "the line failed";
             return false;
         }
     }
@@ -132,15 +144,18 @@ bool PosixSerial::read(std::vector<uint8_t>& out, int timeoutMs, std::string& er
                 continue;
             }
             if (n < 0 && errno == EINTR) continue;
-            if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return true;
-            // 0 bytes after a readable poll, or EIO: the far end has gone away (a USB
-            // adapter unplugged, a pseudo-terminal's master closed).
-            error = n == 0 ? "the line was closed" : reason(errno);
+            const int err = n < 0 ? errno : 0;
+            const bool hangUp = (p.revents & POLLHUP) || n == 0 || err == EIO;
+            if ((err == EAGAIN || err == EWOULDBLOCK) && !(p.revents & POLLHUP)) return true;
+            // 0 bytes after a readable poll, EIO, or nothing to read on a line that
+            // reports a hang-up: the far end has gone away (a USB adapter unplugged, a
+            // pseudo-terminal's master closed).
+            error = hangUp ? kHungUp : reason(err);
             return false;
         }
     }
     if (p.revents & (POLLERR | POLLHUP | POLLNVAL)) {
-        error = "the line was closed";
+        error = (p.revents & POLLHUP) ? kHungUp : "the line failed";
         return false;
     }
     return true;

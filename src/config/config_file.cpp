@@ -5,6 +5,7 @@
 #include "core/host_numeric.h"
 #include "platform/dialogs.h"
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -88,6 +89,8 @@ ConfigLoad parseConfigFile(std::span<const uint8_t> bytes, bool targetIsQVane)
             bad.errorLine = line;
             return bad;
         }
+        for (std::size_t i = 1; i < RecordChars - 1 && r.firstNonHexLine == 0; ++i)
+            if (!std::isxdigit(rec[i])) r.firstNonHexLine = line;
         for (int k = 0; k < ValuesPerRecord; ++k) {
             if (static_cast<int>(r.values.size()) >= MaxValues) break;
             std::string text = "&H";

@@ -67,6 +67,8 @@ struct ConfigLoad {
     MessageBoxText box;          // the error to show, or the two-motor question
     int dataRecords = 0;         // data records counted (comments excluded)
     int errorLine = 0;           // InvalidFormat: the record's line number, from 1
+    int firstNonHexLine = 0;     // the first data record with other than hex digits between its
+                                 // "*"s (read as Val reads them, blanks as 0); 0: none
     std::vector<int16_t> values; // 16 per well-formed data record, at most MaxValues
 
     bool twoAxis() const { return dataRecords == configfile::TwoAxisRecords; }

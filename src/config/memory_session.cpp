@@ -72,13 +72,16 @@ int MemorySession::transferredElements() const
 
 bool MemorySession::readMemory(MemoryImage& image, int timeoutMs, int attempts, std::string& error)
 {
+    shortReplies_ = 0;
     for (int attempt = 0; attempt < attempts; ++attempt) {
         reply_ = image;
         gotMemory_ = false;
         awaitingMemory_ = true;
         OutMsgBuffer out{};
         buildReadRequest(out, targetIsQVane(), axis_);
-        const bool ok = send(out, error) && pump(timeoutMs, [this] { return gotMemory_; }, error);
+        const int shortBefore = shortReplies_;
+        const bool ok = send(out, error) &&
+                        pump(timeoutMs, [&] { return gotMemory_ || shortReplies_ != shortBefore; }, error);
         awaitingMemory_ = false;
         if (!ok) return false;
         if (gotMemory_) {
@@ -86,7 +89,15 @@ bool MemorySession::readMemory(MemoryImage& image, int timeoutMs, int attempts, 
             return true;
         }
     }
-    error = "no memory contents from " + portName_ + " within " + durationText(timeoutMs);
+    if (shortReplies_ > 0) {
+        // The payload a reply needs: the memory bytes, and through a Q-Vane the two
+        // firmware version bytes after them.
+        const int expected = targetIsQVane() ? layout::RelayedBytes + 2 : layout::DirectBytes;
+        error = "short memory reply (" + std::to_string(shortReplyBytes_) + " of " + std::to_string(expected) +
+                " bytes) from " + portName_;
+    } else {
+        error = "no memory contents from " + portName_ + " within " + durationText(timeoutMs);
+    }
     if (attempts > 1) error += " (asked " + std::to_string(attempts) + " times)";
     return false;
 }
@@ -117,6 +128,8 @@ void MemorySession::PutMemoryMsg(const MsgView& msg)
     try {
         ::kdx::PutMemoryMsg(copy, msg);
     } catch (const HostError&) {
+        ++shortReplies_;
+        shortReplyBytes_ = msg.length() - 3;
         return;
     }
     reply_ = copy;
@@ -130,6 +143,8 @@ void MemorySession::PutAxisMemoryMsg(const MsgView& msg)
     try {
         version_ = ::kdx::PutAxisMemoryMsg(copy, msg);
     } catch (const HostError&) {
+        ++shortReplies_;
+        shortReplyBytes_ = msg.length() - 3;
         return;
     }
     reply_ = copy;

@@ -44,7 +44,9 @@ public:
 
     // Sends the read request and waits up to timeoutMs for the memory contents, asking
     // `attempts` times in all. On success the reply is copied into `image` (elements
-    // 0 .. 59 direct, 0 .. 29 relayed; the rest untouched).
+    // 0 .. 59 direct, 0 .. 29 relayed; the rest untouched). A reply shorter than its
+    // layout is not taken (the request is sent again at once); when no full one came,
+    // the error says how short the last one was.
     bool readMemory(MemoryImage& image, int timeoutMs, int attempts, std::string& error);
 
     // Sends the image in a write message (direct 0 .. 59, relayed 0 .. 29).
@@ -74,6 +76,8 @@ private:
     int axis_ = 0;
     bool awaitingMemory_ = false;
     bool gotMemory_ = false;
+    int shortReplies_ = 0;        // replies too short to take, during the current read
+    int shortReplyBytes_ = 0;     // the payload of the last of them
     MemoryImage reply_{};
     FirmwareVersion version_{};
 };

@@ -115,9 +115,21 @@ TEST(KdxctlWrite, WritesTheFileAndChecksItByReadingBack)
 TEST(KdxctlConfigCommands, FailuresAreOneClearLine)
 {
     const std::string bls = data("config_sample.bls");
+    // The sample with its second data record blanked: the program reads blanks as zeros.
+    TempDir dir;
+    const std::string blanks = (dir.path / "blanks.kdx").string();
+    std::ofstream(blanks, std::ios::binary) << readText(data("config_sample.kdx")).replace(36 * 2 + 1, 32, 32, ' ');
     const std::tuple<ModuleOptions, std::vector<std::string>, int, std::string> cases[] = { // "%p": the port
         {{.telemetry = false}, {"read"}, 1, "kdxctl: no telemetry from %p within 1 s\n"},
         {{.answerReads = false}, {"read"}, 1, "kdxctl: no memory contents from %p within 1 s (asked 2 times)\n"},
+        {{.shortReplies = 2}, {"read"}, 1, "kdxctl: short memory reply (40 of 60 bytes) from %p (asked 2 times)\n"},
+        {{.qvane = true, .shortReplies = 2}, {"read"}, 1,
+         "kdxctl: short memory reply (12 of 32 bytes) from %p (asked 2 times)\n"},
+        {{.hangUpOnRead = true}, {"read"}, 1,
+         "kdxctl: cannot read from %p: the line hung up (the device was unplugged, or the program at its "
+         "other end closed it)\n"},
+        {{}, {"write", blanks}, 1,
+         "kdxctl: " + blanks + ": line 3 holds characters that are not hexadecimal digits; nothing was written\n"},
         {{.storeWrites = false}, {"write", data("config_sample.kdx")}, 1,
          "kdxctl: %p holds different data after the write: byte 0 is 0, expected 7\n"},
         {{}, {"read", "--axis", "pan"}, 1, "kdxctl: --axis needs a Q-Vane, but %p is a KDX wired directly\n"},
@@ -134,7 +146,8 @@ TEST(KdxctlConfigCommands, FailuresAreOneClearLine)
         if (const auto at = want.find("%p"); at != std::string::npos) want.replace(at, 2, module.path());
         EXPECT_EQ(r.code, code) << want;
         EXPECT_EQ(r.err, want);
-        EXPECT_TRUE(code != 2 || module.received().empty()) << "nothing is sent on a usage error";
+        const bool refused = code == 2 || args.back() == blanks;
+        EXPECT_TRUE(!refused || module.received().empty()) << "nothing is sent on a usage error or a refused file";
     }
     const std::tuple<std::vector<std::string>, int, std::string> offline[] = {
         {{"read", "--port", "/dev/kdx-none"}, 1, "kdxctl: cannot open /dev/kdx-none: No such file or directory\n"},
@@ -150,4 +163,32 @@ TEST(KdxctlConfigCommands, FailuresAreOneClearLine)
     }
     for (const char* cmd : {"show", "read", "write"})
         EXPECT_NE(kdxctl({cmd, "--help"}).out.find("example:\n  kdxctl "), std::string::npos) << cmd;
+}
+
+// The built program with its standard output on a full device: the table is lost, so
+// the command fails, and read still keeps the backup of what it read.
+TEST(KdxctlConfigCommands, FullStandardOutputFails)
+{
+    if (::access("/dev/full", W_OK) != 0) GTEST_SKIP() << "no /dev/full";
+    ScriptedModule module({});
+    module.setMemory(sample());
+    TempDir dir;
+    const std::string backup = (dir.path / "b.kdx").string(), err = (dir.path / "err").string();
+    const std::pair<std::vector<std::string>, std::string> cases[] = {
+        {{"show", data("config_sample.kdx")}, "kdxctl: cannot write to standard output\n"},
+        {{"read", "--port", module.path(), "-o", backup},
+         "kdxctl: cannot write to standard output; the backup was saved to " + backup + "\n"},
+        {{"read", "--port", module.path(), "-o", backup, "--tsv"},
+         "kdxctl: cannot write to standard output; the backup was saved to " + backup + "\n"},
+    };
+    for (const auto& [args, says] : cases) {
+        std::filesystem::remove(backup);
+        const pid_t pid = spawnKdxctl(args, "/dev/full", err);
+        ASSERT_GT(pid, 0);
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << says;
+        EXPECT_EQ(readText(err), says);
+        EXPECT_EQ(std::filesystem::exists(backup), args[0] == "read") << says;
+    }
 }

@@ -1,4 +1,5 @@
 #include "cli/command.h"
+#include "cli/run_kdxctl.h"
 #include "link/frame.h"
 #include "telemetry/cyclic_frames.h"
 
@@ -7,7 +8,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <csignal>
 #include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace kdx;
@@ -109,4 +112,41 @@ TEST_F(DecodeCommand, UsageAndFileErrors)
         EXPECT_EQ(err_.str().rfind("kdxctl: decode: " + c.err, 0), 0u) << err_.str();
         EXPECT_EQ(out_.str(), "") << c.err;
     }
+}
+
+// The partial log is the command's own: a link planted where it might go redirects
+// nothing, and an interrupted decode leaves nothing behind.
+TEST_F(DecodeCommand, PartialLogIsPrivateAndNeverLeftBehind)
+{
+    const std::string out = file("out.csv"), victim = file("victim");
+    std::ofstream(victim) << "keep";
+    fs::create_symlink(victim, out + ".kdxctl-part");
+    ASSERT_EQ(run({write(directSample().frame()), "-o", out}), 0) << err_.str();
+    EXPECT_EQ(fs::file_size(victim), 4u);
+    EXPECT_TRUE(fs::is_regular_file(fs::symlink_status(out)));
+    fs::remove_all(dir_);
+    fs::create_directories(dir_);
+
+    // The built program reads a recording from a pipe; once it has taken more than the
+    // pipe holds, its partial log exists, and the signal comes.
+    const Bytes frame = directSample().frame();
+    Bytes chunk;
+    while (chunk.size() < (256u << 10)) chunk.insert(chunk.end(), frame.begin(), frame.end());
+    const auto previousPipe = std::signal(SIGPIPE, SIG_IGN);
+    for (int sig : {SIGINT, SIGTERM, SIGHUP}) {
+        const std::string fifo = file("live.rec");
+        ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+        const pid_t pid = spawnKdxctl({"decode", fifo, "-o", out}, "/dev/null", "/dev/null");
+        ASSERT_GT(pid, 0);
+        const int fd = ::open(fifo.c_str(), O_WRONLY);
+        EXPECT_EQ(::write(fd, chunk.data(), chunk.size()), std::ssize(chunk));
+        ::kill(pid, sig);
+        int status = 0;
+        ::waitpid(pid, &status, 0);
+        ::close(fd);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == sig) << sig;
+        EXPECT_EQ(std::distance(fs::directory_iterator(dir_), {}), 1) << sig << ": a partial log was left";
+        fs::remove(fifo);
+    }
+    std::signal(SIGPIPE, previousPipe);
 }

@@ -28,6 +28,7 @@ struct ModuleOptions {
     bool storeWrites = true;
     bool answerWrites = false; // some firmware answers a write with its memory
     int shortReplies = 0;      // this many read replies come 20 bytes short first
+    bool hangUpOnRead = false; // a read request closes the line instead (a cable pulled)
 };
 
 class ScriptedModule {
@@ -51,7 +52,7 @@ public:
         stop_ = true;
         thread_.join();
         ::close(slave_);
-        ::close(master_);
+        if (master_ >= 0) ::close(master_);
     }
 
     const std::string& path() const { return path_; }
@@ -103,6 +104,11 @@ private:
             received_.emplace_back(m.begin(), m.end() - 1);
         }
         const int id = m[1], inner = m.size() > 3 ? m[2] : -1;
+        if (opt_.hangUpOnRead && (id == 112 || (id == 130 && inner >= 128 && inner <= 130))) {
+            ::close(master_);
+            master_ = -1;
+            return;
+        }
         if (!opt_.qvane && id == 112 && opt_.answerReads) replyMemory(0);
         if (!opt_.qvane && id == 113 && m.size() == 63) store(m, 2, 0);
         if (opt_.qvane && id == 130 && inner >= 128 && inner <= 130 && opt_.answerReads) replyMemory(inner - 128);
@@ -130,7 +136,7 @@ private:
     void run()
     {
         auto next = std::chrono::steady_clock::now();
-        for (uint8_t counter = 0; !stop_;) {
+        for (uint8_t counter = 0; !stop_ && master_ >= 0;) {
             if (opt_.telemetry && std::chrono::steady_clock::now() >= next) {
                 send(opt_.qvane ? 122 : 121, std::vector<uint8_t>(24, counter++));
                 next += std::chrono::milliseconds(10);
