@@ -35,12 +35,6 @@ const std::string& hourRecording(std::string& error)
     return path;
 }
 
-struct GraphLinkLoss : LinkLossListener {
-    GraphWin& g;
-    explicit GraphLinkLoss(GraphWin& w) : g(w) {}
-    void PutCommsJustWentBad() override { g.PutCommsJustWentBad(); }
-};
-
 void BM_PlayOneHourAtMaxThroughTheProgram(benchmark::State& state)
 {
     std::string error;
@@ -52,16 +46,9 @@ void BM_PlayOneHourAtMaxThroughTheProgram(benchmark::State& state)
     QTemporaryDir logDir;
     test::ProgramRig rig;
     rig.dialogs.failOnUnexpected = false;
-    GraphWin graph(rig.ws);
-    rig.ws.graph = &graph;
+    GraphWin& graph = rig.graph;
     graph.resize(1400, 800);
-    rig.main.tuningDataModified = [&] { return graph.GetDataModified(); };
-    GraphLinkLoss loss(graph);
-    rig.comms.setLinkLossListener(&loss);
-    TelemetrySetup logging(rig.dialogs);
-    rig.ws.logging = &logging;
-    logging.setHeaderProvider([&] { return rig.main.GetTelemetryFileTitles(); });
-    logging.Form_Load();
+    TelemetrySetup& logging = rig.logging;
     logging.LogFileName->setText(QDir(logDir.path()).filePath("Run1.csv"));
     graph.RepeatTrigcb_Click();
     rig.comms.show();

@@ -1,18 +1,12 @@
-// kdxtool: the composition root. Builds the adapters and windows, wires them through
-// the workspace, and starts the main window.
-#include "link/comms_link_window.h"
-#include "mainwindow/main_entry.h"
-#include "mainwindow/workspace.h"
+// kdxtool: builds the real adapters, hands them to the application (every window,
+// wired), and runs the event loop.
+#include "app/application.h"
 #include "platform/qt_dialogs.h"
 #include "platform/qt_key_state.h"
 #include "platform/qt_serial_port.h"
 #include "sim/qt_sim_port.h"
 #include "windows/about_window.h"
-#include "windows/debug_display_window.h"
-#include "windows/pup_wait.h"
 #include "windows/velmor_logo.h"
-#include "telemetry/telemetry_setup_window.h"
-#include "tuning/graph_win_window.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -127,65 +121,26 @@ int main(int argc, char** argv)
     kdx::QtDialogs dialogs;
     kdx::QtKeyState keys;
 
-    kdx::Workspace ws;
-    ws.port = &port;
-    ws.dialogs = &dialogs;
-    ws.keys = &keys;
-    kdx::CommsLink comms(port, dialogs);
-    ws.comms = &comms;
-    kdx::MainEntry mainWindow(ws);
-    ws.main = &mainWindow;
-    comms.setMessageSink(&mainWindow);
-    dialogs.setParent(&mainWindow);
-
-    kdx::PUPWait wait(ws);
-    ws.wait = &wait;
-    kdx::DebugDisplay debug;
-    ws.debug = &debug;
-    debug.Form_Load();
-    kdx::TelemetrySetup logging(dialogs);
-    ws.logging = &logging;
-    logging.setHeaderProvider([&] { return mainWindow.GetTelemetryFileTitles(); });
-    logging.Form_Load();
-    kdx::GraphWin graph(ws);
-    ws.graph = &graph;
-    mainWindow.tuningDataModified = [&] { return graph.GetDataModified(); };
-    // The link's watchdog tells the tuning window when telemetry stops.
-    struct GraphLinkLoss : kdx::LinkLossListener {
-        kdx::GraphWin& g;
-        explicit GraphLinkLoss(kdx::GraphWin& w) : g(w) {}
-        void PutCommsJustWentBad() override { g.PutCommsJustWentBad(); }
-    } linkLoss(graph);
-    comms.setLinkLossListener(&linkLoss);
-    mainWindow.unloadAll = [&] {
-        graph.unload();
-        debug.unload();
-        logging.unload();
-        wait.unload();
-        comms.unload();
-    };
-
-    comms.Form_Load();
+    kdx::Application program(port, dialogs, keys);
+    dialogs.setParent(&program.main);
+    program.onEnded = [] { QCoreApplication::quit(); };
+    program.Form_Load();
     if (!simulate.isEmpty())
-        comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
+        program.comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
     else if (!portPath.isEmpty())
-        comms.selectPortByName(portPath.toStdString());
-    mainWindow.Form_Load();
-    // The working windows stay hidden until a module is heard (or Shift+click on the logo).
-    wait.show();
-    wait.InputSwitchTimer->start();
+        program.comms.selectPortByName(portPath.toStdString());
     const QStringList files = parser.positionalArguments();
     if (!files.isEmpty()) {
         QString path = files.first();
         if (!(path.startsWith('"') && path.endsWith('"') && path.size() >= 2)) path = '"' + path + '"';
-        mainWindow.handleCommandLine(path.toStdString());
+        program.main.handleCommandLine(path.toStdString());
     }
     if (!screenshotDir.isEmpty()) {
         // As a user would: once the configuration is read, pick motor 1 for tuning.
-        QTimer::singleShot(kScreenshotDelayMs / 3, [&] { graph.MotorSelcb_Click(0); });
-        QTimer::singleShot(kScreenshotDelayMs, [&] { QCoreApplication::exit(saveScreenshots(screenshotDir, ws) ? 0 : 1); });
+        QTimer::singleShot(kScreenshotDelayMs / 3, [&] { program.graph.MotorSelcb_Click(0); });
+        QTimer::singleShot(kScreenshotDelayMs, [&] { QCoreApplication::exit(saveScreenshots(screenshotDir, program.ws) ? 0 : 1); });
     }
     const int rc = QCoreApplication::exec();
-    comms.unload();
+    program.comms.unload(); // the port is closed however the loop ended
     return rc;
 }

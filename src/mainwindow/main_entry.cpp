@@ -11,6 +11,7 @@
 #include "platform/dialogs.h"
 #include "platform/key_state.h"
 #include "platform/qt_guard.h"
+#include "telemetry/telemetry_setup_window.h"
 #include "tuning/gain_message.h"
 #include "tuning/graph_win_window.h"
 #include "windows/about_window.h"
@@ -23,7 +24,10 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QTimer>
+
+#include <cctype>
 
 namespace kdx {
 
@@ -42,10 +46,26 @@ void paintBack(QWidget* w, uint32_t bgr)
     w->setPalette(p);
 }
 
-std::string afterLastSlash(const std::string& path)
+constexpr const char* kCaption = "KDX Tool";
+
+// The path's file name: what follows its last folder separator.
+std::string afterLastSeparator(const std::string& path)
 {
-    const auto slash = path.find_last_of("/\\");
-    return slash == std::string::npos ? path : path.substr(slash + 1);
+#ifdef _WIN32
+    const auto sep = path.find_last_of("\\/");
+#else
+    const auto sep = path.find_last_of('/');
+#endif
+    return sep == std::string::npos ? path : path.substr(sep + 1);
+}
+
+// The command line's extension test is case-sensitive: "kdx" and "btf" in any other
+// case name neither kind of file, nor a recording.
+bool isKnownExtensionInAnyCase(const std::string& ext)
+{
+    std::string lower = ext;
+    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return lower == "kdx" || lower == "btf";
 }
 
 } // namespace
@@ -53,9 +73,10 @@ std::string afterLastSlash(const std::string& path)
 MainEntry::MainEntry(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws)
 {
     setObjectName("MainEntry");
-    setWindowTitle("KDX Tool");
+    setWindowTitle(kCaption);
     buildControls();
     buildMenus();
+    paintBack(WriteConfigcb, colours::LightGrey); // nothing to write before a read, load or edit
     setFormWidthTwips(TwoMotorWidthTwips);
 
     CommsQualityTmr = new QTimer(this);
@@ -104,8 +125,25 @@ void MainEntry::Form_Load()
     UpdateTestButtons();
     DebugIDFr->setVisible(false);
     ShowQVaneAxis(3);
+    showWaitWindow();
     CommsQualityTmr->start();
     followTestTmr(); // enabled from start: its first tick sends one idle command and stops
+}
+
+// The working windows stay hidden until a module is heard; meanwhile the wait window
+// stands centred over the main window, which takes its place in the middle of the
+// screen now so that it appears there later.
+void MainEntry::showWaitWindow()
+{
+    if (ws_.graph) ws_.graph->hide();
+    if (ws_.logging) ws_.logging->hide();
+    hide();
+    if (!ws_.wait) return;
+    if (const QScreen* s = screen()) move(s->availableGeometry().center() - rect().center());
+    ws_.wait->adjustSize();
+    ws_.wait->move(geometry().center() - ws_.wait->rect().center());
+    ws_.wait->show();
+    ws_.wait->InputSwitchTimer->start();
 }
 
 // ---- link ---------------------------------------------------------------------------
@@ -256,7 +294,7 @@ void MainEntry::loadConfigFrom(const std::string& path)
     if (load.status == ConfigLoadStatus::AskMotor)
         second = ws_.dialogs->MsgBox(load.box.prompt, load.box.style, load.box.title) != Answer::Yes;
     applyConfigLoad(load, config_.image(), second);
-    shortFileName = afterLastSlash(path);
+    SetShortFileName(path);
     config_.acceptNewImage();
     MemReqtb->setText("Loaded");
     MemReqtb->setToolTip(QString::fromStdString("Loaded from " + path + "; Write to send it to the module"));
@@ -277,9 +315,15 @@ void MainEntry::SaveConfigcb_Click()
         ws_.dialogs->MsgBox(error->prompt, error->style, error->title);
         return;
     }
-    shortFileName = afterLastSlash(*path);
+    SetShortFileName(*path);
     MemReqtb->setText("Saved");
     MemReqtb->setToolTip(QString::fromStdString("Saved to " + *path));
+}
+
+void MainEntry::SetShortFileName(const std::string& path)
+{
+    shortFileName = afterLastSeparator(path);
+    setWindowTitle(QString::fromStdString(std::string(kCaption) + " - " + shortFileName));
 }
 
 // ---- parameter entry ----------------------------------------------------------------
@@ -431,7 +475,7 @@ void MainEntry::handleCommandLine(const std::string& commandLine)
     if (ext == "btf" && ws_.graph) ws_.graph->LoadTuningFileOnInit(path);
     // Any other file is a recorded byte stream: it becomes the playback file, and the
     // Comms Link window comes up with it, since without a module the other windows wait.
-    if (ext != "kdx" && ext != "btf" && ws_.comms) {
+    if (!isKnownExtensionInAnyCase(ext) && ws_.comms) {
         ws_.comms->SetInputFilename(path);
         ws_.comms->show();
     }
@@ -480,8 +524,12 @@ void MainEntry::KDXAxisSelcb_Click(int index)
     if (index >= 0 && index <= 2) {
         buildAxisSelect(OutMsg, index);
         QVaneAxis = index;
+    } else {
+        // Kept as it is (no button has such an index): the three elements go out with
+        // the identifier the previous message left, and the selected axis stays.
+        OutMsg[0] = 3;
+        OutMsg[2] = static_cast<int16_t>(OutMsg[1] + 3);
     }
-    // An index outside 0 .. 2 cannot come from the window; the previous buffer goes out.
     SendMessage();
     RequestMemoryRead(true);
 }

@@ -69,6 +69,9 @@ public:
     bool GetGainsHaveBeenLoaded() const { return config_.GetGainsHaveBeenLoaded(); }
     void RefreshParamDisplay();
     void StartLoadOnInit(const std::string& path);
+    // Keeps the file name of a configuration file's path (what follows the last folder
+    // separator) and shows it in the window's caption.
+    void SetShortFileName(const std::string& path);
 
     // Handlers.
     void CommsQualityTmr_Timer();
@@ -124,7 +127,7 @@ public:
     int32_t BadMsgCount = 0;
     float CommsQuality = 0;
     OutMsgBuffer OutMsg{};
-    std::string shortFileName; // the last configuration file, after the last "/"
+    std::string shortFileName; // the last configuration file loaded or saved, without its folder
     CyclicTelemetry live;      // the live values, in display units
     bool TelemetrySeen = false;
     bool DisplayVisible = false;
@@ -177,6 +180,7 @@ protected:
 private:
     void buildControls();
     void buildMenus();
+    void showWaitWindow();
     void RequestMemoryRead(bool flag);
     void RequestMemoryWrite();
     void SetDataModified(bool flag);

@@ -202,7 +202,9 @@ void GainPanel::RefreshDisplay()
     const int m = MotorIndex_;
     const GainSet stored{store_.GetP(m), store_.GetI(m), store_.GetIA(m), store_.GetD(m),
                          store_.GetV1(m), store_.GetV2(m), store_.GetG(m)};
-    GainsModified_ = values_ != stored;
+    // Until a motor is selected the panel holds no motor's gains (a loaded tuning file
+    // only fills a memory), so there is nothing it could differ from.
+    GainsModified_ = TuningActive_ && values_ != stored;
     faces_.SaveGaincb = onOff(GainsModified_);
     for (int slot = 0; slot < kGainMemoryButtons; ++slot) {
         const GainMemory& mem = memory_[slot];

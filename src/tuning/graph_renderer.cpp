@@ -2,6 +2,7 @@
 
 #include "core/host_numeric.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kdx {
@@ -51,10 +52,10 @@ void GraphRenderer::PutYAxisMinMax(double min, float max, int axis)
     float& storedMax = at(YAxisMax_, axis);
     if (max < 1.0f) max = 1.0f;
     if (min > -1) min = -1;
-    if (std::fabs(min) < max)
-        min = -static_cast<double>(max);
-    else
-        max = toSingle(-min);
+    // The maximum is kept as a 32-bit float; the minimum is its exact negative, so that
+    // the middle label is exactly zero and never reads "-0.0".
+    if (!(std::fabs(min) < max)) max = toSingle(-min);
+    min = -static_cast<double>(max);
     storedMin = min;
     storedMax = max;
 }
@@ -185,6 +186,7 @@ void GraphRenderer::RedrawTraces()
     long long last = CInt(XAxisMax_);
     // While a cleared sweep grows, only the part recorded so far is valid.
     if (traces_.DisplayClear && traces_.Capturing) last = traces_.SampleIndex - 1;
+    last = std::min<long long>(last, traces_.ValidEnd);
     const Trace& rate = traces_.RateTrace;
     const Trace& error = traces_.ErrorTrace;
     for (long long i = CLng(XAxisMin_) + 1; i <= last; ++i) {
@@ -202,7 +204,8 @@ void GraphRenderer::ApplyScale(bool autoScale)
     }
     std::array<double, 2> lo = {kAutoMinStart, kAutoMinStart};
     std::array<double, 2> hi = {0, 0};
-    const long long last = traces_.Capturing ? traces_.SampleIndex - 1 : CInt(XAxisMax_);
+    const long long last =
+        std::min<long long>(traces_.Capturing ? traces_.SampleIndex - 1 : CInt(XAxisMax_), traces_.ValidEnd);
     for (long long i = CLng(XAxisMin_); i <= last; ++i) {
         for (int c = 0; c < 2; ++c) {
             const double v = at(traces_.trace(c), i);

@@ -408,6 +408,7 @@ void GraphWin::showCapture()
     paintBack(DisplayClearcb, f.DisplayClearcb);
     setCaption(DisplayClearcb, f.DisplayClearcbCaption);
     paintBack(AutoScalecb, f.AutoScalecb);
+    paintBack(DefaultScalecb, f.DefaultScalecb);
 }
 
 void GraphWin::showGains()
@@ -564,9 +565,11 @@ void GraphWin::Form_KeyDown(int keyCode)
 
 // ---- events --------------------------------------------------------------------------
 
+// The space bar is STOP/START with any modifier held. Every key-down counts, the
+// keyboard's repeats of a held key included, as a click on STOP would.
 void GraphWin::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Space && !event->isAutoRepeat()) {
+    if (event->key() == Qt::Key_Space) {
         guarded([&] { Form_KeyDown(TraceCapture::kSpaceKey); });
         return;
     }
@@ -575,13 +578,11 @@ void GraphWin::keyPressEvent(QKeyEvent* event)
 
 bool GraphWin::eventFilter(QObject* watched, QEvent* event)
 {
-    // Seen before the focused control, which would otherwise take the space as a click.
-    if (event->type() == QEvent::KeyPress) {
-        auto* key = static_cast<QKeyEvent*>(event);
-        if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier) {
-            if (!key->isAutoRepeat()) guarded([&] { Form_KeyDown(TraceCapture::kSpaceKey); });
-            return true;
-        }
+    // Seen before the focused control, which would otherwise take the space (Shift+Space
+    // too) as a click on itself.
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space) {
+        guarded([&] { Form_KeyDown(TraceCapture::kSpaceKey); });
+        return true;
     }
     return QMainWindow::eventFilter(watched, event);
 }

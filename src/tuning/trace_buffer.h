@@ -23,6 +23,10 @@ struct TraceBuffer {
     float TraceSeconds = 0;   // the sweep's labelled length: 4, 10, 30 or 60
     bool Capturing = false;   // a sweep is armed and recording
     bool DisplayClear = false;
+    // The newest index that holds data to show. A loaded tuning file sets it to its
+    // last pair, so that what an earlier sweep left beyond it is neither drawn nor
+    // scaled for; it moves up again as new samples are stored.
+    int16_t ValidEnd = kTraceLength - 1;
 
     // The index of the newest valid sample: the one before SampleIndex while a sweep is
     // growing, SampleIndex itself once a sweep has closed (or before any has started).

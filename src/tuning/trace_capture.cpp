@@ -56,6 +56,7 @@ void TraceCapture::storeSample(double rate, float error)
     // new sweep, so a sweep's first sample also overwrites the previous closing one.
     at(t.RateTrace, i) = r;
     at(t.ErrorTrace, i) = error;
+    if (i > t.ValidEnd) t.ValidEnd = static_cast<int16_t>(i);
 
     if (SweepStartPending_) {
         t.SampleIndex = 0;
@@ -195,6 +196,7 @@ void TraceCapture::ShowLoaded(int lastIndex)
 {
     lastIndex = std::clamp(lastIndex, 0, kTraceLength - 1);
     traces_.SampleIndex = static_cast<int16_t>(lastIndex);
+    traces_.ValidEnd = traces_.SampleIndex;
     int index = 0;
     while (index < 3 && kTraceDurations[index].samples < lastIndex) ++index;
     selectDuration(index);

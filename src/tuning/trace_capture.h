@@ -38,6 +38,7 @@ struct CaptureFaces {
     uint32_t DisplayClearcb = colours::LightGrey;
     std::string_view DisplayClearcbCaption = "Off";
     uint32_t AutoScalecb = colours::LightGrey;
+    uint32_t DefaultScalecb = colours::LightGrey; // never lit: it acts once per click
 };
 
 class TraceCapture {

@@ -81,8 +81,9 @@ bool PUPWait::eventFilter(QObject* watched, QEvent* event)
 
 void PUPWait::closeEvent(QCloseEvent* event)
 {
-    // Closing the wait window asks the program to quit.
+    // Closing the wait window asks the program to quit; when it does, the window goes.
     closeUnlessUnloading(event, unloading_, [this] { guarded([&] { Quitcb_Click(); }); });
+    if (unloading_) event->accept();
 }
 
 } // namespace kdx

@@ -1,13 +1,14 @@
 #pragma once
-// The program's link and main window on the fakes, as the window tests start them:
-// a fake port (opened by the scan), scripted dialogs, a Shift key, the Comms Link, the
-// debug display and the main window loaded, the test timer's start-up tick taken, and
-// the written bytes cleared.
+// The whole program, built by the application class exactly as kdxtool's main() builds
+// it, on the fakes: a fake port (opened by the scan), scripted dialogs, a Shift key.
+// Loaded as at start-up (the wait window up), then the wait window's probing timer
+// stopped and the test timer's start-up tick taken, so that tests call the timers
+// themselves; the written bytes are cleared.
+#include "app/application.h"
 #include "fakes/fake_serial_port.h"
 #include "fakes/scripted_dialogs.h"
-#include "link/comms_link_window.h"
-#include "mainwindow/main_entry.h"
-#include "windows/debug_display_window.h"
+
+#include <QTimer>
 
 namespace kdx::test {
 
@@ -15,22 +16,20 @@ struct ProgramRig {
     FakeSerialPort port;
     ScriptedDialogs dialogs;
     FakeKeyState keys;
-    Workspace ws;
-    CommsLink comms{port, dialogs};
-    DebugDisplay debug;
-    MainEntry main{ws};
+    Application program;
+    Workspace& ws = program.ws;
+    CommsLink& comms = program.comms;
+    MainEntry& main = program.main;
+    PUPWait& wait = program.wait;
+    DebugDisplay& debug = program.debug;
+    TelemetrySetup& logging = program.logging;
+    GraphWin& graph = program.graph;
 
-    ProgramRig()
+    // `clock` times the log's flushes (simulated time); empty, the system's clock.
+    explicit ProgramRig(LogWriter::Clock clock = {}) : program(port, dialogs, keys, std::move(clock))
     {
-        ws.comms = &comms;
-        ws.dialogs = &dialogs;
-        ws.keys = &keys;
-        ws.port = &port;
-        ws.main = &main;
-        ws.debug = &debug;
-        comms.setMessageSink(&main);
-        comms.Form_Load();
-        main.Form_Load();
+        program.Form_Load();
+        wait.InputSwitchTimer->stop();
         main.TestTmr_Timer(); // the start-up tick (one idle test command) taken now, not at random
         port.written.clear();
     }

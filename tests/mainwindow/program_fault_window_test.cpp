@@ -5,9 +5,7 @@
 #include "fakes/program_rig.h"
 #include "sim/simulator.h"
 #include "telemetry/telemetry_log_stream.h"
-#include "telemetry/telemetry_setup_window.h"
 #include "tuning/graph_win_model.h"
-#include "tuning/graph_win_window.h"
 
 #include <QDir>
 #include <QLabel>
@@ -32,23 +30,17 @@ std::string readFile(const std::string& path)
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-// The program as kdxtool's main() wires it, talking to a simulated module.
+// The program as kdxtool's main() wires it, talking to a simulated module, on
+// simulated time.
 struct Program : ProgramRig, LinkLossListener {
     double now = 0; // simulated seconds
-    GraphWin graph{ws};
-    TelemetrySetup logging{dialogs, [this] { return now; }};
     sim::Simulator module;
     std::vector<uint8_t> heard; // every byte the module sent
     int losses = 0;
 
-    explicit Program(bool qvane) : module({.qvane = qvane, .seed = 7})
+    explicit Program(bool qvane) : ProgramRig([this] { return now; }), module({.qvane = qvane, .seed = 7})
     {
-        ws.graph = &graph;
-        ws.logging = &logging;
-        logging.setHeaderProvider([this] { return main.GetTelemetryFileTitles(); });
-        logging.Form_Load();
-        main.tuningDataModified = [this] { return graph.GetDataModified(); };
-        comms.setLinkLossListener(this);
+        comms.setLinkLossListener(this); // counts the losses, then tells the tuning window
     }
     void PutCommsJustWentBad() override
     {

@@ -1,10 +1,7 @@
 #include "fakes/program_rig.h"
 #include "mainwindow/click_label.h"
 #include "telemetry/cyclic_frames.h"
-#include "telemetry/log_line.h"
-#include "telemetry/telemetry_setup_window.h"
 #include "windows/about_window.h"
-#include "windows/pup_wait.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -16,6 +13,7 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -163,20 +161,6 @@ TEST(TestModeWindow, TuningDriveGoesOutOnceDirectOrRelayed)
     }
 }
 
-TEST(TestModeWindow, RestartIntoBootloaderIsTheDirectFormEvenThroughAQVane)
-{
-    for (bool qvane : {false, true}) {
-        Rig r;
-        if (qvane) r.relayed();
-        ASSERT_EQ(r.main.TargetIsQVane, qvane);
-        ASSERT_EQ(r.ws.wait, nullptr);
-        QTest::mouseClick(r.main.RestartIntoBLcb, Qt::LeftButton);
-        EXPECT_EQ(r.take(), (Bytes{0x5A, 3, 254, 1})) << qvane; // the checksum 257 goes out as 1
-        ASSERT_NE(r.ws.wait, nullptr) << "the wait window exists afterwards";
-        EXPECT_FALSE(r.ws.wait->isVisible());
-    }
-}
-
 TEST(TestModeWindow, AboutOpensModalFromTheHelpMenuAndGoesWhenClosed)
 {
     Rig r;
@@ -194,38 +178,26 @@ TEST(TestModeWindow, AboutOpensModalFromTheHelpMenuAndGoesWhenClosed)
 
 TEST(TestModeWindow, DebugBytesReachTheDisplayAndTheLogWhenAsked)
 {
-    const std::array<uint8_t, 7> bytes{1, 2, 3, 250, 128, 0, 77};
-    DebugDisplay reference;
-    const std::string idle = reference.GetDebugStrToLog();
-    reference.PutDebugData(bytes);
-    ASSERT_NE(reference.GetDebugStrToLog(), idle);
+    const std::string line(kDirectSampleLine, std::strlen(kDirectSampleLine) - 2); // without CR LF
+    const std::string header(kDirectHeader, std::strlen(kDirectHeader) - 2);
     for (bool logged : {false, true}) {
         Rig r;
         QTemporaryDir dir;
-        TelemetrySetup logging(r.dialogs, [] { return 0.0; });
-        logging.setHeaderProvider([&] { return r.main.GetTelemetryFileTitles(); });
-        logging.Form_Load();
-        r.ws.logging = &logging;
         r.debug.LogDebugcb->setChecked(logged);
         const std::string path = dir.filePath("run.csv").toStdString();
-        r.dialogs.files.push_back(path);
-        logging.ChangeLogFile_Click();
-        logging.StartLog_Click();
+        r.logging.LogFileName->setText(QString::fromStdString(path));
+        r.logging.StartLog_Click();
         CyclicBytes msg = directSample();
-        for (int i = 0; i < 7; ++i) msg.byte(38 + i, bytes[static_cast<std::size_t>(i)]);
+        const int bytes[] = {1, 2, 3, 250, 128, 0, 77};
+        for (int i = 0; i < 7; ++i) msg.byte(38 + i, bytes[i]);
         r.port.deliver(msg.frame());
-        EXPECT_EQ(r.debug.GetDebugStrToLog(), reference.GetDebugStrToLog());
-        logging.StopLog_Click();
-        r.ws.logging = nullptr;
-
+        EXPECT_EQ(r.debug.GetDebugStrToLog(), "1,2,3,250,128,0,77");
+        r.logging.StopLog_Click();
         std::ifstream in(path, std::ios::binary);
         const std::string file((std::istreambuf_iterator<char>(in)), {});
-        std::string want = telemetryFileTitles(false, logged ? std::optional<std::string_view>(r.debug.GetDebugTitles())
-                                                             : std::nullopt);
-        appendTelemetryLogLine(want, r.main.live,
-                               logged ? std::optional<std::string_view>(reference.GetDebugStrToLog()) : std::nullopt);
-        EXPECT_EQ(file, want) << logged;
-        EXPECT_EQ(file.find(r.debug.GetDebugTitles()) != std::string::npos, logged);
+        EXPECT_EQ(file, logged ? header + ",Msg Counter,HSL Flags,Gimbal Tilt,Loop Time,IMU Errors,Gyro Temp,Reset Cause\r\n" +
+                                     line + ",1,2,3,250,128,0,77\r\n"
+                               : header + "\r\n" + line + "\r\n");
     }
 }
 

@@ -62,12 +62,6 @@ struct PaintCounter : QObject {
     }
 };
 
-struct GraphLinkLoss : LinkLossListener {
-    GraphWin& graph;
-    explicit GraphLinkLoss(GraphWin& g) : graph(g) {}
-    void PutCommsJustWentBad() override { graph.PutCommsJustWentBad(); }
-};
-
 int usage()
 {
     std::fprintf(stderr, "usage: kdx_soak [--minutes N] [--seed N]\n");
@@ -98,18 +92,11 @@ int main(int argc, char** argv)
     }
 
     // The whole program on the fakes, wired as kdxtool's main() wires it.
-    test::ProgramRig rig;
-    rig.dialogs.failOnUnexpected = false; // every box is counted and fails the run below
-    GraphWin graph(rig.ws);
-    rig.ws.graph = &graph;
     double now = 0; // simulated seconds
-    TelemetrySetup logging(rig.dialogs, [&] { return now; });
-    rig.ws.logging = &logging;
-    logging.setHeaderProvider([&] { return rig.main.GetTelemetryFileTitles(); });
-    logging.Form_Load();
-    rig.main.tuningDataModified = [&] { return graph.GetDataModified(); };
-    GraphLinkLoss linkLoss(graph);
-    rig.comms.setLinkLossListener(&linkLoss);
+    test::ProgramRig rig([&] { return now; });
+    rig.dialogs.failOnUnexpected = false; // every box is counted and fails the run below
+    GraphWin& graph = rig.graph;
+    TelemetrySetup& logging = rig.logging;
     const QString logPath = QDir(dir.path()).filePath("Run1.csv");
     logging.LogFileName->setText(logPath);
 

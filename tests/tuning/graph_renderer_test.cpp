@@ -44,6 +44,23 @@ TEST(GraphRenderer, LabelsShowNineValuesInTenthsUntilAutoScalingFindsLargeValues
     EXPECT_EQ(texts(1).front(), "0.8") << "an all-zero channel stays in tenths";
 }
 
+TEST(GraphRenderer, TheMiddleLabelOfAnAutoScaledNegativeChannelIsAPlainZero)
+{
+    // A channel that never goes above zero: the range is its minimum less a 30 % margin,
+    // mirrored; after the 32-bit rounding of the maximum it must still be exactly
+    // symmetric, or the zero label reads "-0.0".
+    struct Case { float error; const char* top; };
+    for (const Case& c : {Case{-1.1f, "1.0"}, {-2.0f, "1.8"}, {-4.3f, "4.0"}}) {
+        Rig r;
+        r.cap().TraceDurationcb_Click(0);
+        r.t().ErrorTrace.fill(c.error);
+        r.cap().AutoScalecb_Click();
+        EXPECT_EQ(r.canvas.labels[1][4].text, "0.0") << c.error;
+        EXPECT_EQ(r.canvas.labels[1][0].text, c.top) << c.error;
+        EXPECT_EQ(r.gr().YAxisMin(1), -r.gr().YAxisMax(1)) << c.error;
+    }
+}
+
 TEST(GraphRenderer, ValuesOutsideTheRangeRunFortyUnitsInsideTheEdge)
 {
     struct Case { double value; double y; };

@@ -47,7 +47,6 @@ class FakeGainStore : public GainStore {
 public:
     std::array<GainSet, 2> stored{};
     bool loaded = true;
-    std::vector<int> putMotors; // motor of every Put, in call order
 
     float GetP(int m) const override { return stored.at(m).P; }
     float GetI(int m) const override { return stored.at(m).I; }
@@ -66,7 +65,7 @@ public:
     bool GetGainsHaveBeenLoaded() const override { return loaded; }
 
 private:
-    void put(Gain g, float v, int m) { stored.at(m)[g] = v, putMotors.push_back(m); }
+    void put(Gain g, float v, int m) { stored.at(m)[g] = v; }
 };
 
 // A tuning window's model with all its fakes.

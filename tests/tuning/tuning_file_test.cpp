@@ -83,25 +83,31 @@ TEST(TuningFile, LoadKeepsTheShiftedSamplesAndPutsTheGainsIntoMemoryOne)
     EXPECT_EQ(m.marker, -1.0f);
     EXPECT_EQ(m.values, (GainSet{100, 20, 2.06f, 50, 10, 20.5f, 100}));
     EXPECT_EQ(r.gains().values(), (GainSet{1, 2, 3, 4, 5, 6, 7})) << "tuning values unchanged";
-    EXPECT_EQ(r.gains().faces().MemStorecb[0], colours::Green);
     EXPECT_EQ(r.cap().TriggerMode(), trigger_mode::None);
-    EXPECT_EQ(r.cap().faces().RepeatTrigcb, colours::LightGrey);
-    r.model->PutSample(0, 99, 99);
-    EXPECT_EQ(r.t().RateTrace[0], 2.0f) << "live samples do not overwrite a loaded trace";
 }
 
-TEST(TuningFile, ALoadedSweepIsShownWhole)
+TEST(TuningFile, ALoadedSweepIsShownWholeAndNothingBeyondIt)
 {
     struct Case { int lines; int duration; };
     for (const Case& c : {Case{401, 0}, {1001, 1}, {1200, 2}, {6001, 3}}) {
         std::string text = kHeader + kFirst;
         for (int i = 1; i < c.lines; ++i) text += std::to_string(i % 50) + ".00,1.00\r\n";
         Rig r;
+        r.t().RateTrace.fill(-40.0f); // an earlier sweep, longer than the file
         r.model->LoadTraceBytes(bytesOf(text));
-        EXPECT_EQ(r.t().SampleIndex, c.lines - 3);
+        const int last = c.lines - 3; // the pairs of lines 2 .. lines-1 sit at 0 .. lines-3
+        EXPECT_EQ(r.t().SampleIndex, last);
         EXPECT_EQ(r.cap().faces().TraceDurationcb[c.duration], colours::Green) << c.lines;
         const std::string again = r.model->traceFileText();
         EXPECT_EQ(std::count(again.begin(), again.end(), '\n'), c.lines - 1) << "a re-save holds the loaded pairs";
+
+        r.canvas.lines.clear();
+        r.gr().RedrawTraces();
+        EXPECT_EQ(r.canvas.withColour(graph_colour::RateTrace).size(), static_cast<std::size_t>(last)) << c.lines;
+        // Rates 0 .. 49: the automatic range is 0 .. 49 with a 7.35 margin, the -40 left
+        // beyond the file plays no part.
+        r.cap().AutoScalecb_Click();
+        EXPECT_EQ(r.gr().YAxisMax(0), 56.35f) << c.lines;
     }
 }
 

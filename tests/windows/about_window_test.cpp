@@ -62,6 +62,9 @@ TEST(AboutWindow, RebootSendsTheDirectRestartInEitherTargetMode)
         EXPECT_TRUE(about.isVisible());
         QTest::mouseClick(about.cmdOK, Qt::LeftButton);
         EXPECT_FALSE(about.isVisible());
+        r.port.written.clear(); // the main window's button sends the same
+        QTest::mouseClick(r.main.RestartIntoBLcb, Qt::LeftButton);
+        EXPECT_EQ(r.port.written, (std::vector<uint8_t>{0x5A, 3, 254, 1})) << qvane;
     }
 }
 

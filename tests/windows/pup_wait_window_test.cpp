@@ -1,11 +1,12 @@
 #include "fakes/program_rig.h"
-#include "link/comms_link_window.h"
-#include "mainwindow/main_entry.h"
-#include "windows/pup_wait.h"
-#include "telemetry/telemetry_setup_window.h"
+#include "telemetry/cyclic_frames.h"
+#include "tuning/graph_win_model.h"
 
+#include <QAction>
 #include <QLabel>
+#include <QPushButton>
 #include <QTemporaryDir>
+#include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
 
@@ -17,15 +18,13 @@ using namespace kdx::test;
 
 namespace {
 
-struct Rig : ProgramRig {
-    PUPWait wait{ws};
-    int unloads = 0;
-    Rig()
-    {
-        ws.wait = &wait;
-        main.unloadAll = [this] { ++unloads; };
-    }
-};
+using Rig = ProgramRig;
+
+std::string readFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+}
 
 } // namespace
 
@@ -59,93 +58,122 @@ TEST(PUPWaitWindow, FirstTelemetryRevealsTheWorkingWindows)
     EXPECT_EQ(r.port.written, (std::vector<uint8_t>{0x5A, 3, 112, 115})); // the first read
 }
 
-TEST(PUPWaitWindow, ShiftClickOnTheLogoOpensTheWindowsWithoutAModule)
+TEST(PUPWaitWindow, StandsCentredOverTheMainWindowWhichAShiftClickBringsUpThere)
 {
     Rig r;
-    r.wait.show();
+    ASSERT_TRUE(r.wait.isVisible());
+    EXPECT_FALSE(r.main.isVisible());
+    EXPECT_FALSE(r.graph.isVisible());
+    EXPECT_FALSE(r.logging.isVisible());
+    const QRect wait = r.wait.geometry();
     r.keys.shift = true;
-    r.wait.Image1_Click();
+    r.wait.Image1_Click(); // without a module
     EXPECT_FALSE(r.wait.isVisible());
-    EXPECT_TRUE(r.main.isVisible());
+    ASSERT_TRUE(r.main.isVisible());
+    ASSERT_GT(r.main.width(), wait.width());
+    EXPECT_LE((wait.center() - r.main.geometry().center()).manhattanLength(), 1);
 }
 
-TEST(MainEntryQuit, AsksAtMostOneQuestion)
+TEST(MainEntryQuit, EveryWayOutAsksOnceAndClosesThePortAndTheLogOnlyWhenTheUserAgrees)
 {
+    enum class Way { WaitQuit, WaitCloseBox, MainExit, MainCloseBox, TuningExit };
+    const std::string tuningAsk =
+        "The Tuning Window data has been modified but not updated to the configuration data. Still Quit ?";
+    const std::string settingsAsk = "The current settings been modified but not written to the KDX module. Still Quit ?";
     struct Case {
-        bool tuning, settings;
-        std::vector<Answer> answers;
-        bool quits;
-        const char* asked;
+        Way way;
+        bool tuned, edited;
+        Answer answer;
+        const std::string* asked; // nullptr: nothing to lose, no question
     };
     const Case cases[] = {
-        {false, false, {}, true, nullptr},
-        {true, true, {Answer::No}, false, "The Tuning Window data has been modified but not updated to the configuration data. Still Quit ?"},
-        {true, true, {Answer::Yes}, true, "The Tuning Window data has been modified but not updated to the configuration data. Still Quit ?"},
-        {false, true, {Answer::No}, false, "The current settings been modified but not written to the KDX module. Still Quit ?"},
+        {Way::WaitQuit, false, false, Answer::No, nullptr},    {Way::WaitQuit, true, true, Answer::No, &tuningAsk},
+        {Way::WaitQuit, true, true, Answer::Yes, &tuningAsk},   {Way::WaitQuit, false, true, Answer::No, &settingsAsk},
+        {Way::WaitQuit, false, true, Answer::Yes, &settingsAsk}, {Way::WaitCloseBox, false, true, Answer::No, &settingsAsk},
+        {Way::WaitCloseBox, false, true, Answer::Yes, &settingsAsk}, {Way::MainExit, false, true, Answer::No, &settingsAsk},
+        {Way::MainExit, false, true, Answer::Yes, &settingsAsk}, {Way::MainCloseBox, false, true, Answer::No, &settingsAsk},
+        {Way::MainCloseBox, false, true, Answer::Yes, &settingsAsk}, {Way::TuningExit, false, true, Answer::No, &settingsAsk},
+        {Way::TuningExit, false, true, Answer::Yes, &settingsAsk},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "way " << int(c.way) << ", tuned " << c.tuned << ", edited " << c.edited
+                                        << (c.answer == Answer::Yes ? ", Yes" : ", No"));
+        QTemporaryDir dir;
         Rig r;
-        r.main.tuningDataModified = [&] { return c.tuning; };
-        if (c.settings) r.main.config().SetDataModified(true);
-        r.dialogs.answers.assign(c.answers.begin(), c.answers.end());
-        r.main.show();
-        r.wait.Quitcb_Click();
-        EXPECT_EQ(r.unloads, c.quits ? 1 : 0);
-        EXPECT_EQ(r.main.isVisible(), !c.quits);
+        const std::string log = dir.filePath("Run1.csv").toStdString();
+        r.logging.LogFileName->setText(QString::fromStdString(log));
+        r.logging.StartLog_Click();
+        const bool fromWait = c.way == Way::WaitQuit || c.way == Way::WaitCloseBox;
+        if (!fromWait) r.port.deliver(CyclicBytes::direct().frame()); // a module: the working windows
+        ASSERT_EQ(r.main.isVisible(), !fromWait);
+        if (c.tuned) {
+            r.port.deliver(buildFrame(120, std::vector<uint8_t>(60, 0))); // a configuration to tune
+            r.graph.MotorSelcb_Click(0);
+            r.graph.Inccb_Click(Gain::P, 1);
+        }
+        if (c.edited) r.main.config().SetDataModified(true);
+        r.dialogs.answers.push_back(c.answer);
+        switch (c.way) {
+        case Way::WaitQuit: QTest::mouseClick(r.wait.Quitcb, Qt::LeftButton); break;
+        case Way::WaitCloseBox: r.wait.close(); break;
+        case Way::MainExit: r.main.mnuExit->trigger(); break;
+        case Way::MainCloseBox: r.main.close(); break;
+        case Way::TuningExit: r.graph.mnuExit->trigger(); break;
+        }
+        const bool quit = !c.asked || c.answer == Answer::Yes;
+        ASSERT_EQ(r.dialogs.boxes.size(), c.asked ? 1u : 0u);
         if (c.asked) {
-            ASSERT_EQ(r.dialogs.boxes.size(), 1u);
-            EXPECT_EQ(r.dialogs.boxes[0].prompt, c.asked);
+            EXPECT_EQ(r.dialogs.boxes[0].prompt, *c.asked);
             EXPECT_EQ(r.dialogs.boxes[0].title, "Tuning Data Modified");
-        } else {
-            EXPECT_TRUE(r.dialogs.boxes.empty());
+        }
+        EXPECT_EQ(r.program.Ended(), quit);
+        EXPECT_EQ(r.port.isOpen(), !quit);
+        EXPECT_EQ(r.logging.GetLoggingDataToFile(), !quit);
+        EXPECT_EQ(r.wait.isVisible(), !quit && fromWait);
+        EXPECT_EQ(r.main.isVisible(), !quit && !fromWait);
+        EXPECT_EQ(r.graph.isVisible(), !quit && !fromWait);
+        if (quit) {
+            EXPECT_EQ(readFile(log), std::string(kDirectHeader) +
+                                         (fromWait ? "" : "0.00,0.00,0.00,0.00,0.00,0,0.0,0,0.00,0.00,0.00,0.00,0.00,0,0.0,0,0.0\r\n"))
+                << "the log is closed with every line in it";
         }
     }
 }
 
-TEST(MainEntryStartup, CommandLineLoadsOnlyAQuotedKdxPath)
+TEST(MainEntryStartup, CommandLineOpensAFileByItsExactExtension)
 {
     QTemporaryDir dir;
-    const std::string good = dir.filePath("a.kdx").toStdString();
-    std::ofstream(good, std::ios::binary) << "*!    VELMOR KDX Backup File     *\r\n"
-                                          << "*00000000000000000000000000000000*\r\n"
-                                          << "*00000000000000000000000000000000*\r\n";
-    const std::string upper = dir.filePath("a.KDX").toStdString();
-    std::ofstream(upper, std::ios::binary) << "x";
-    const std::string recording = dir.filePath("Run 3.Log").toStdString();
-    // Any other name is a recording for the Comms Link window to play.
-    struct Case { std::string line; bool loaded; std::string playback; };
-    for (const Case& c : {Case{"\"" + good + "\"", true, ""}, {"\"" + upper + "\"", false, upper},
-                          {"\"" + recording + "\"", false, recording}, {"\"x\"", false, ""}, {"", false, ""}}) {
+    const std::string record = "*" + std::string(32, '0') + "*\r\n";
+    const std::string backup = "*!    VELMOR KDX Backup File     *\r\n" + record + record;
+    const std::string tuning = "AxisRate, AxisError, P,I,IA,D,V1,V2,G,Spare1,Spare2\r\n"
+                               "1.00,2.00,100.00,20.00,2.50,50.00,10.00,20.00,100.00,0,0\r\n3.00,4.00\r\n5.00,6.00\r\n";
+    for (const char* name : {"a.kdx", "a.KDX"}) std::ofstream(dir.filePath(name).toStdString(), std::ios::binary) << backup;
+    for (const char* name : {"t.btf", "t.Btf"}) std::ofstream(dir.filePath(name).toStdString(), std::ios::binary) << tuning;
+    struct Case {
+        const char* name; // quoted as the desktop passes it; nullptr: the raw line below
+        const char* raw;
+        bool configuration, tuningFile, recording;
+    };
+    const Case cases[] = {
+        {"a.kdx", nullptr, true, false, false},   {"a.KDX", nullptr, false, false, false},
+        {"t.btf", nullptr, false, true, false},   {"t.Btf", nullptr, false, false, false},
+        {"Run 3.Log", nullptr, false, false, true}, {nullptr, "\"x\"", false, false, false},
+        {nullptr, "", false, false, false},
+    };
+    for (const Case& c : cases) {
+        const std::string path = c.name ? dir.filePath(c.name).toStdString() : "";
+        SCOPED_TRACE(c.name ? c.name : c.raw);
         Rig r;
-        const QString before = r.comms.LogFileInName->text();
-        r.main.handleCommandLine(c.line);
-        EXPECT_EQ(r.main.StartupFileLoaded, c.loaded) << c.line;
-        EXPECT_EQ(r.main.GetGainsHaveBeenLoaded(), c.loaded) << c.line;
-        EXPECT_EQ(r.comms.LogFileInName->text().toStdString(), c.playback.empty() ? before.toStdString() : c.playback);
-        EXPECT_EQ(r.comms.isVisible(), !c.playback.empty()) << c.line;
+        const QString playbackBefore = r.comms.LogFileInName->text();
+        r.main.handleCommandLine(c.name ? "\"" + path + "\"" : c.raw);
+        EXPECT_EQ(r.main.StartupFileLoaded, c.configuration);
+        EXPECT_EQ(r.main.GetGainsHaveBeenLoaded(), c.configuration);
+        EXPECT_EQ(r.main.windowTitle().toStdString(), c.configuration ? "KDX Tool - a.kdx" : "KDX Tool");
+        EXPECT_EQ(r.graph.model().gains().memory(0).marker, c.tuningFile ? -1.0f : 0.0f);
+        EXPECT_EQ(r.comms.LogFileInName->text().toStdString(), c.recording ? path : playbackBefore.toStdString());
+        EXPECT_EQ(r.comms.isVisible(), c.recording);
+        // A file just opened holds nothing to save: quitting asks nothing.
+        EXPECT_TRUE(r.main.GoForQuit());
+        EXPECT_TRUE(r.dialogs.boxes.empty());
     }
-}
-
-TEST(MainEntryLogging, EachTelemetryMessageAddsOneLineInItsMode)
-{
-    QTemporaryDir dir;
-    Rig r;
-    TelemetrySetup logging(r.dialogs);
-    r.ws.logging = &logging;
-    logging.setHeaderProvider([&] { return r.main.GetTelemetryFileTitles(); });
-    logging.Form_Load();
-    const std::string path = dir.filePath("Run1.csv").toStdString();
-    logging.LogFileName->setText(QString::fromStdString(path));
-    std::vector<uint8_t> direct(45, 0);
-    direct[12] = 128; // power 50 %
-    r.port.deliver(buildFrame(121, direct)); // before Start: not logged
-    logging.StartLog_Click();
-    r.port.deliver(buildFrame(121, direct));
-    r.port.deliver(buildFrame(121, direct));
-    logging.StopLog_Click();
-    std::ifstream in(path, std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(in)), {});
-    const std::string line = "0.00,0.00,0.00,0.00,0.00,0,0.0,50,0.00,0.00,0.00,0.00,0.00,0,0.0,0,0.0\r\n";
-    EXPECT_EQ(text, "AxisRate0,AxisError0,Pcomp0,Icomp0,Dcomp0,ExtGain0%,ElecAngle0,Power0%,AxisRate1,AxisError1,"
-                    "Pcomp1,Icomp1,Dcomp1,ExtGain1%,ElecAngle1,Power1%,Voltage\r\n" + line + line);
 }
