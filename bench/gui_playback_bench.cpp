@@ -4,10 +4,8 @@
 // and the telemetry log written to a file. The event loop runs for real, so the link's
 // and the main window's 500 ms timers, the log's flush timer and the repaints of the
 // shown windows all take their share. Reported: seconds per one-hour recording.
-#include "fakes/program_rig.h"
+#include "fakes/logging_program_rig.h"
 #include "sim/recording.h"
-#include "telemetry/telemetry_setup_window.h"
-#include "tuning/graph_win_window.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -35,12 +33,6 @@ const std::string& hourRecording(std::string& error)
     return path;
 }
 
-struct GraphLinkLoss : LinkLossListener {
-    GraphWin& g;
-    explicit GraphLinkLoss(GraphWin& w) : g(w) {}
-    void PutCommsJustWentBad() override { g.PutCommsJustWentBad(); }
-};
-
 void BM_PlayOneHourAtMaxThroughTheProgram(benchmark::State& state)
 {
     std::string error;
@@ -50,18 +42,11 @@ void BM_PlayOneHourAtMaxThroughTheProgram(benchmark::State& state)
         return;
     }
     QTemporaryDir logDir;
-    test::ProgramRig rig;
+    test::LoggingProgramRig rig;
     rig.dialogs.failOnUnexpected = false;
-    GraphWin graph(rig.ws);
-    rig.ws.graph = &graph;
+    GraphWin& graph = rig.graph;
+    TelemetrySetup& logging = rig.logging;
     graph.resize(1400, 800);
-    rig.main.tuningDataModified = [&] { return graph.GetDataModified(); };
-    GraphLinkLoss loss(graph);
-    rig.comms.setLinkLossListener(&loss);
-    TelemetrySetup logging(rig.dialogs);
-    rig.ws.logging = &logging;
-    logging.setHeaderProvider([&] { return rig.main.GetTelemetryFileTitles(); });
-    logging.Form_Load();
     logging.LogFileName->setText(QDir(logDir.path()).filePath("Run1.csv"));
     graph.RepeatTrigcb_Click();
     rig.comms.show();
