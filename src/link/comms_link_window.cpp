@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace kdx {
 
@@ -125,7 +126,9 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
 
     port_.onBytes = [this](std::span<const uint8_t> bytes) { onPortBytes(bytes); };
     port_.onLost = [this](const std::string& reason) {
-        // Said once, after the port's own signal has returned.
+        // Said once, after the port's own signal has returned. The loss can surface in
+        // the middle of a write; SendMessage then leaves the telling to this.
+        lostPort_ = PortOpen ? CurrentPort : 0;
         QTimer::singleShot(0, this, [this, reason] { guarded([&] { onPortLost(reason); }); });
     };
 }
@@ -270,7 +273,8 @@ void CommsLink::SendMessage(const OutMsgBuffer& msg)
         PortOpen = false;
         showStatus();
         // Senders run from timers too (the gain message, the test commands).
-        postBox("Error writing to comms port: " + error + ". Please reselect comms port", box::Critical, "Comms Port");
+        if (lostPort_ == 0)
+            postBox("Error writing to comms port: " + error + ". Please reselect comms port", box::Critical, "Comms Port");
     }
 }
 
@@ -288,12 +292,13 @@ void CommsLink::onPortBytes(std::span<const uint8_t> bytes)
 
 void CommsLink::onPortLost(const std::string& reason)
 {
-    if (!PortOpen) return;
+    const int lost = std::exchange(lostPort_, 0);
+    if (lost == 0) return; // no port was open, or its failure was told already
     PortOpen = false;
     port_.close();
     checkPortButton(0);
     showStatus();
-    dialogs_.MsgBox("Comms port " + portName(CurrentPort) + " was lost: " + reason +
+    dialogs_.MsgBox("Comms port " + portName(lost) + " was lost: " + reason +
                         ". Please reselect comms port",
                     box::Critical, "Comms Port");
 }

@@ -161,6 +161,7 @@ private:
     std::vector<std::string> names_;
     std::vector<std::string> namedPorts_; // selected by name: listed by every scan
     bool unloading_ = false;
+    int lostPort_ = 0; // the port that failed underneath, until the loss is told
     int32_t shownErrors_ = -1;
     std::string shownStatus_;
     Playback playback_;

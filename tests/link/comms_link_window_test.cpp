@@ -181,18 +181,20 @@ TEST(CommsLinkWindow, APortNamedOnTheCommandLineIsSelectedHoweverManyTheSystemLi
 }
 
 // A failed write and an element 0 above 255 say the same, once; the start byte of the
-// second has gone out already. Selecting the port again resumes sending.
+// second has gone out already. An adapter pulled out during the write says that instead.
+// Selecting the port again resumes sending.
 TEST(CommsLinkWindow, AFailedSendIsReportedOnceAndClosesTheLinkUntilReselected)
 {
     struct Case {
-        bool failWrites;
+        bool failWrites, unplug;
         int length;
         std::vector<uint8_t> written;
         const char* prompt;
     };
     const Case cases[] = {
-        {true, 3, {}, "Error writing to comms port: Input/output error. Please reselect comms port"},
-        {false, 256, {0x5A}, "Error writing to comms port: Overflow. Please reselect comms port"},
+        {true, false, 3, {}, "Error writing to comms port: Input/output error. Please reselect comms port"},
+        {false, false, 256, {0x5A}, "Error writing to comms port: Overflow. Please reselect comms port"},
+        {false, true, 3, {}, "Comms port /dev/ttyUSB0 was lost: Resource temporarily unavailable. Please reselect comms port"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.prompt);
@@ -202,6 +204,7 @@ TEST(CommsLinkWindow, AFailedSendIsReportedOnceAndClosesTheLinkUntilReselected)
         EXPECT_EQ(r.port.written, (std::vector<uint8_t>{0x5A, 3, 0xFE, 0x01}));
         r.port.written.clear();
         r.port.failWrites = c.failWrites;
+        r.port.unplugOnWrite = c.unplug;
         r.link.SendMessage(restart(c.length));
         r.link.SendMessage(restart(c.length));
         EXPECT_FALSE(r.link.PortOpen);
@@ -213,6 +216,7 @@ TEST(CommsLinkWindow, AFailedSendIsReportedOnceAndClosesTheLinkUntilReselected)
         EXPECT_EQ(r.dialogs.boxes[0].style, box::Critical);
         r.port.failWrites = false;
         r.port.written.clear();
+        if (c.unplug) r.port.ports.insert(r.port.ports.begin(), "/dev/ttyUSB0"); // plugged back in
         r.link.CommsPortob_Click(0);
         r.link.SendMessage(restart(3));
         EXPECT_EQ(r.port.written.size(), 4u);
