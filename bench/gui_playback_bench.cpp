@@ -6,8 +6,6 @@
 // shown windows all take their share. Reported: seconds per one-hour recording.
 #include "fakes/program_rig.h"
 #include "sim/recording.h"
-#include "telemetry/telemetry_setup_window.h"
-#include "tuning/graph_win_window.h"
 
 #include <QDir>
 #include <QElapsedTimer>

@@ -2,25 +2,23 @@
 
 #include "core/colour.h"
 #include "link/message_ids.h"
-#include "link/trim.h"
 #include "platform/dialogs.h"
 #include "platform/qt_guard.h"
 #include "platform/qt_window_close.h"
 #include "platform/serial_port.h"
 
 #include <QCloseEvent>
-#include <QDir>
-#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QScopeGuard>
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace kdx {
 
@@ -41,50 +39,20 @@ void setForeColour(QWidget* w, uint32_t bgr)
     w->setPalette(p);
 }
 
-// The recording played when none is chosen, as the system names it.
-constexpr std::string_view kDefaultInputName = "D:\\Logs\\Run 0.Log";
-constexpr std::string_view kInputDialogTitle = "Data File Select";
-constexpr std::string_view kInputFilter = "Recorded Data|*.Log;*.rec|All Files|*.*";
-constexpr std::string_view kOpenErrorPrefix = "Error opening data file: ";
-constexpr std::string_view kReadErrorPrefix = "Error reading data file: ";
-constexpr std::string_view kFileErrorTitle = "File Open";
-constexpr std::string_view kTrimErrorTitle = "KDX Tool";
-
-// The system's default folder D:\Logs is ~/Logs away from Windows.
-std::string localInputPath(std::string_view path)
+// The ports the window lists: the system's, in its order, and every port selected by
+// name among them. When they are more than the buttons, the system's last ports make
+// room for the named ones.
+std::vector<std::string> listedPorts(std::vector<std::string> ports, const std::vector<std::string>& named)
 {
-#ifdef Q_OS_WIN
-    return std::string(path);
-#else
-    constexpr std::string_view folder = "D:\\Logs";
-    if (path.substr(0, folder.size()) != folder) return std::string(path);
-    std::string rest(path.substr(folder.size()));
-    std::replace(rest.begin(), rest.end(), '\\', '/');
-    return QDir::cleanPath(QDir::homePath() + "/Logs").toStdString() + rest;
-#endif
-}
-
-std::string folderOf(const std::string& path)
-{
-    const auto slash = path.find_last_of("/\\");
-    return slash == std::string::npos ? std::string() : path.substr(0, slash);
-}
-
-QPushButton* button(const char* name, const char* caption, QWidget* parent, const char* tip = nullptr)
-{
-    auto* b = new QPushButton(caption, parent);
-    b->setObjectName(name);
-    if (tip) b->setToolTip(tip);
-    return b;
-}
-
-QLabel* caption(const char* name, const char* text, QWidget* parent)
-{
-    auto* l = new QLabel(text, parent);
-    l->setObjectName(name);
-    l->setFrameShape(QFrame::Panel);
-    l->setFrameShadow(QFrame::Sunken);
-    return l;
+    const auto isNamed = [&](const std::string& p) { return std::find(named.begin(), named.end(), p) != named.end(); };
+    for (const std::string& n : named)
+        if (std::find(ports.begin(), ports.end(), n) == ports.end()) ports.push_back(n);
+    for (auto it = ports.end(); ports.size() > CommsLink::PortCount && it != ports.begin();) {
+        --it;
+        if (!isNamed(*it)) it = ports.erase(it);
+    }
+    if (ports.size() > CommsLink::PortCount) ports.resize(CommsLink::PortCount);
+    return ports;
 }
 
 } // namespace
@@ -146,6 +114,9 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
     nextSlice_->setSingleShot(true);
     nextSlice_->setInterval(0);
     connect(nextSlice_, &QTimer::timeout, this, [this] { guarded([&] { FileInputTimer_Timer(); }); });
+    trimTimer_ = new QTimer(this);
+    trimTimer_->setInterval(0);
+    connect(trimTimer_, &QTimer::timeout, this, [this] { guarded([&] { trimNextKilobyte(); }); });
     clock_ = [] {
         return static_cast<int64_t>(
             std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
@@ -155,7 +126,9 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
 
     port_.onBytes = [this](std::span<const uint8_t> bytes) { onPortBytes(bytes); };
     port_.onLost = [this](const std::string& reason) {
-        // Said once, after the port's own signal has returned.
+        // Said once, after the port's own signal has returned. The loss can surface in
+        // the middle of a write; SendMessage then leaves the telling to this.
+        lostPort_ = PortOpen ? CurrentPort : 0;
         QTimer::singleShot(0, this, [this, reason] { guarded([&] { onPortLost(reason); }); });
     };
 }
@@ -189,21 +162,15 @@ void CommsLink::PortScan()
     const std::string before = PortOpen ? portName(CurrentPort) : std::string();
     PortOpen = false;
     port_.close();
-    names_ = port_.availablePorts();
-    if (names_.size() > PortCount) names_.resize(PortCount);
+    names_ = listedPorts(port_.availablePorts(), namedPorts_);
     for (int p = 1; p <= PortCount; ++p) {
-        QRadioButton* b = CommsPortob[static_cast<std::size_t>(p - 1)];
         bool ok = false;
         if (p <= static_cast<int>(names_.size())) {
             std::string error;
             ok = port_.open(names_[static_cast<std::size_t>(p - 1)], error);
             if (ok) port_.close();
-            b->setText(shortName(names_[static_cast<std::size_t>(p - 1)]));
-            b->setToolTip(QString::fromStdString(names_[static_cast<std::size_t>(p - 1)]));
         }
-        PortAvailable[static_cast<std::size_t>(p)] = ok;
-        b->setVisible(ok);
-        setForeColour(b, ok ? colours::Green : colours::LightGrey);
+        showPortButton(p, ok);
     }
     // Reopen the port in use before the scan when it is still there.
     int reopen = CurrentPort;
@@ -213,11 +180,25 @@ void CommsLink::PortScan()
     ScanMsglb->setVisible(false);
 }
 
+void CommsLink::showPortButton(int port, bool available)
+{
+    QRadioButton* b = CommsPortob[static_cast<std::size_t>(port - 1)];
+    if (port <= static_cast<int>(names_.size())) {
+        const std::string& name = names_[static_cast<std::size_t>(port - 1)];
+        b->setText(shortName(name));
+        b->setToolTip(QString::fromStdString(name));
+    }
+    PortAvailable[static_cast<std::size_t>(port)] = available;
+    b->setVisible(available);
+    setForeColour(b, available ? colours::Green : colours::LightGrey);
+}
+
+// Checks the button of `port` alone (none for 0).
 void CommsLink::checkPortButton(int port)
 {
     for (int i = 0; i < PortCount; ++i) {
         QRadioButton* b = CommsPortob[static_cast<std::size_t>(i)];
-        const bool on = PortOpen && i == port - 1;
+        const bool on = i == port - 1;
         if (b->isChecked() != on) {
             b->setAutoExclusive(false);
             b->setChecked(on);
@@ -229,7 +210,7 @@ void CommsLink::checkPortButton(int port)
 void CommsLink::SelectCommsPort(int port)
 {
     if (port < 1 || port > PortCount || !PortAvailable[static_cast<std::size_t>(port)]) {
-        checkPortButton(CurrentPort); // refused without a message
+        checkPortButton(CurrentPort); // refused without a message, open or not
         return;
     }
     PortOpen = false;
@@ -250,22 +231,17 @@ void CommsLink::SelectCommsPort(int port)
 
 bool CommsLink::selectPortByName(const std::string& name)
 {
-    auto it = std::find(names_.begin(), names_.end(), name);
-    if (it == names_.end()) {
-        if (names_.size() >= PortCount) return false;
-        names_.push_back(name);
-        it = names_.end() - 1;
-        const int p = static_cast<int>(names_.size());
-        QRadioButton* b = CommsPortob[static_cast<std::size_t>(p - 1)];
-        b->setText(shortName(name));
-        b->setToolTip(QString::fromStdString(name));
-        b->setVisible(true);
-        setForeColour(b, colours::Green);
-        PortAvailable[static_cast<std::size_t>(p)] = true;
+    if (std::find(namedPorts_.begin(), namedPorts_.end(), name) == namedPorts_.end()) namedPorts_.push_back(name);
+    if (std::find(names_.begin(), names_.end(), name) == names_.end()) {
+        const std::vector<std::string> before = names_;
+        names_ = listedPorts(names_, namedPorts_);
+        for (int p = 1; p <= static_cast<int>(names_.size()); ++p) {
+            const auto i = static_cast<std::size_t>(p - 1);
+            if (i >= before.size() || before[i] != names_[i]) showPortButton(p, true); // opening it tells
+        }
     }
-    const int p = static_cast<int>(it - names_.begin()) + 1;
-    PortAvailable[static_cast<std::size_t>(p)] = true;
-    CommsPortob[static_cast<std::size_t>(p - 1)]->setVisible(true);
+    const int p = static_cast<int>(std::find(names_.begin(), names_.end(), name) - names_.begin()) + 1;
+    showPortButton(p, true);
     SelectCommsPort(p);
     return PortOpen && CurrentPort == p;
 }
@@ -289,14 +265,22 @@ void CommsLink::SendMessage(const OutMsgBuffer& msg)
             const std::vector<uint8_t> body = frameBody(msg);
             ok = body.empty() || port_.write(body, error);
         }
-    } catch (const HostError& e) {
+    } catch (const HostError& e) { // an element 0 above 255, found after the start byte went out
+        ok = false;
         error = e.what();
     }
     if (!ok) {
         PortOpen = false;
         showStatus();
-        dialogs_.MsgBox("Error writing to comms port: " + error + ". Please reselect comms port", box::Critical, "Comms Port");
+        // Senders run from timers too (the gain message, the test commands).
+        if (lostPort_ == 0)
+            postBox("Error writing to comms port: " + error + ". Please reselect comms port", box::Critical, "Comms Port");
     }
+}
+
+void CommsLink::postBox(const std::string& prompt, int style, const std::string& title)
+{
+    QTimer::singleShot(0, this, [this, prompt, style, title] { guarded([&] { dialogs_.MsgBox(prompt, style, title); }); });
 }
 
 void CommsLink::onPortBytes(std::span<const uint8_t> bytes)
@@ -308,12 +292,13 @@ void CommsLink::onPortBytes(std::span<const uint8_t> bytes)
 
 void CommsLink::onPortLost(const std::string& reason)
 {
-    if (!PortOpen) return;
+    const int lost = std::exchange(lostPort_, 0);
+    if (lost == 0) return; // no port was open, or its failure was told already
     PortOpen = false;
     port_.close();
     checkPortButton(0);
     showStatus();
-    dialogs_.MsgBox("Comms port " + portName(CurrentPort) + " was lost: " + reason +
+    dialogs_.MsgBox("Comms port " + portName(lost) + " was lost: " + reason +
                         ". Please reselect comms port",
                     box::Critical, "Comms Port");
 }
@@ -321,6 +306,10 @@ void CommsLink::onPortLost(const std::string& reason)
 void CommsLink::CommsTimeout_Timer()
 {
     rx_.CommsTimeout_Timer();
+    if (awaitingGuard_) {
+        awaitingGuard_ = false;
+        if (playback_.isOpen()) FileInputTimer->start();
+    }
     showStatus();
 }
 
@@ -348,6 +337,8 @@ void CommsLink::showStatus()
 void CommsLink::unload()
 {
     unloading_ = true;
+    trimTimer_->stop();
+    trim_.abandon();
     StopLogIn_Click();
     CommsTimeout->stop();
     Comms2Timeout->stop();
@@ -359,215 +350,6 @@ void CommsLink::unload()
 void CommsLink::closeEvent(QCloseEvent* event)
 {
     closeUnlessUnloading(event, unloading_, [this] { hide(); }); // the program keeps the link
-}
-
-// ---- recorded input -----------------------------------------------------------------
-
-void CommsLink::buildFileFrame()
-{
-    CommsFileIPFr = new QGroupBox("File", this);
-    CommsFileIPFr->setObjectName("CommsFileIPFr");
-    QGroupBox* f = CommsFileIPFr;
-    auto* grid = new QGridLayout(f);
-
-    LogFileInName = caption("LogFileInName", "", f);
-    LogFileInName->setMinimumWidth(220);
-    LogFileInName->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long path does not widen the window
-    LogFileInName->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    SetInputFilename(localInputPath(kDefaultInputName));
-    LogFileInChangecb = button("LogFileInChangecb", "Change", f, "Select a new data-file to read from");
-    grid->addWidget(LogFileInName, 0, 0, 1, 3);
-    grid->addWidget(LogFileInChangecb, 0, 3);
-
-    StartLogIn = button("StartLogIn", "Start", f, "Begin reading data from file");
-    PauseLogIn = button("PauseLogIn", "Pause", f, "Pause data-play");
-    StopLogIn = button("StopLogIn", "Stop", f, "Stop playing data");
-    DoingInFile = new QLabel(f);
-    DoingInFile->setObjectName("DoingInFile");
-    DoingInFile->setFixedSize(16, 16);
-    DoingInFile->setFrameShape(QFrame::Box);
-    DoingInFile->setToolTip("Green while a file is playing");
-    auto* play = new QHBoxLayout;
-    play->addWidget(StartLogIn);
-    play->addWidget(PauseLogIn);
-    play->addWidget(StopLogIn);
-    play->addWidget(DoingInFile);
-    grid->addLayout(play, 1, 0, 1, 4);
-
-    auto* rates = new QHBoxLayout;
-    for (std::size_t i = 0; i < Rateob.size(); ++i) {
-        auto* b = new QRadioButton(QString::fromUtf8(playback::Rates[i].caption.data(),
-                                                     static_cast<qsizetype>(playback::Rates[i].caption.size())),
-                                   f);
-        b->setObjectName(QString("Rateob%1").arg(i));
-        const int index = static_cast<int>(i);
-        connect(b, &QRadioButton::clicked, this, [this, index] { guarded([&] { Rateob_Click(index); }); });
-        rates->addWidget(b);
-        Rateob[i] = b;
-    }
-    grid->addLayout(rates, 2, 0, 1, 4);
-
-    MarkStartcb = button("MarkStartcb", "Mark Start", f);
-    MarkStarttb = caption("MarkStarttb", "0K", f);
-    MarkEndcb = button("MarkEndcb", "Mark End", f);
-    MarkEndtb = caption("MarkEndtb", "0K", f);
-    grid->addWidget(MarkStartcb, 3, 0);
-    grid->addWidget(MarkStarttb, 3, 1);
-    grid->addWidget(MarkEndcb, 3, 2);
-    grid->addWidget(MarkEndtb, 3, 3);
-
-    Trimcb = button("Trimcb", "Write File", f);
-    Trimtb = caption("Trimtb", "0K", f);
-    KProcessedlab = caption("KProcessedlab", "0K", f);
-    Trimtb->setToolTip("Bytes written by Write File");
-    KProcessedlab->setToolTip("Bytes played");
-    grid->addWidget(Trimcb, 4, 0);
-    grid->addWidget(Trimtb, 4, 1);
-    grid->addWidget(KProcessedlab, 4, 3);
-    grid->setRowStretch(5, 1);
-
-    const std::pair<QPushButton*, void (CommsLink::*)()> clicks[] = {
-        {LogFileInChangecb, &CommsLink::LogFileInChangecb_Click},
-        {StartLogIn, &CommsLink::StartLogIn_Click},
-        {PauseLogIn, &CommsLink::PauseLogIn_Click},
-        {StopLogIn, &CommsLink::StopLogIn_Click},
-        {MarkStartcb, &CommsLink::MarkStartcb_Click},
-        {MarkEndcb, &CommsLink::MarkEndcb_Click},
-        {Trimcb, &CommsLink::Trimcb_Click},
-    };
-    for (const auto& click : clicks) {
-        const auto handler = click.second; // a copy: clang 14 cannot capture a structured binding
-        connect(click.first, &QPushButton::clicked, this, [this, handler] { guarded([&] { (this->*handler)(); }); });
-    }
-    showDoingInFile(false);
-}
-
-void CommsLink::showDoingInFile(bool playing)
-{
-    const Rgb c = fromBgr(playing ? PlayingColour : IdleColour);
-    const QColor colour(c.r, c.g, c.b);
-    QPalette p = DoingInFile->palette();
-    if (DoingInFile->autoFillBackground() && p.color(QPalette::Window) == colour) return;
-    p.setColor(QPalette::Window, colour);
-    DoingInFile->setAutoFillBackground(true);
-    DoingInFile->setPalette(p);
-}
-
-void CommsLink::SetInputFilename(const std::string& name)
-{
-    const QString text = QString::fromStdString(name);
-    LogFileInName->setText(text);
-    LogFileInName->setToolTip(text);
-}
-
-std::string CommsLink::inputFilename() const { return LogFileInName->text().toStdString(); }
-
-void CommsLink::LogFileInChangecb_Click()
-{
-    FileDialogRequest r;
-    r.title = std::string(kInputDialogTitle);
-    r.filter = std::string(kInputFilter);
-    r.fileName = inputFilename();
-    r.initialDir = folderOf(r.fileName);
-    const auto path = dialogs_.OpenFile(r);
-    if (path && !path->empty()) SetInputFilename(*path);
-}
-
-void CommsLink::StartLogIn_Click()
-{
-    if (playback_.PlaybackPaused) PauseLogIn_Click();
-    if (const auto error = playback_.open(inputFilename())) {
-        dialogs_.MsgBox(std::string(kOpenErrorPrefix) + *error, box::Critical, std::string(kFileErrorTitle));
-        return;
-    }
-    PlaybackActive = true;
-    pacer_.reset(clock_());
-    rx_.ResetSync(); // a frame half received from the port is not finished from the file
-    showDoingInFile(true);
-    FileInputTimer->start();
-    PlaybackBusy = false;
-    KProcessedlab->setText(QString::fromStdString(KiloCaption(0)));
-}
-
-void CommsLink::PauseLogIn_Click()
-{
-    playback_.PlaybackPaused = !playback_.PlaybackPaused;
-    PauseLogIn->setText(playback_.PlaybackPaused ? "Resume" : "Pause");
-}
-
-void CommsLink::StopLogIn_Click()
-{
-    playback_.close();
-    FileInputTimer->stop();
-    nextSlice_->stop();
-    showDoingInFile(false);
-    if (PlaybackActive) rx_.ResetSync(); // the port feeds the receiver again, from a start byte
-    PlaybackActive = false;
-    if (playback_.PlaybackPaused) PauseLogIn_Click();
-}
-
-void CommsLink::Rateob_Click(int index)
-{
-    if (index < 0 || index >= static_cast<int>(playback::Rates.size())) return;
-    const playback::Rate& rate = playback::Rates[static_cast<std::size_t>(index)];
-    FileInputTimer->setInterval(rate.interval);
-    playback_.PlaybackMaxRate = rate.maxRate;
-    QRadioButton* b = Rateob[static_cast<std::size_t>(index)];
-    if (!b->isChecked()) b->setChecked(true);
-}
-
-void CommsLink::MarkStartcb_Click()
-{
-    playback_.MarkStartNow();
-    MarkStarttb->setText(QString::fromStdString(KiloCaption(playback_.MarkStart)));
-}
-
-void CommsLink::MarkEndcb_Click()
-{
-    playback_.MarkEndNow();
-    MarkEndtb->setText(QString::fromStdString(KiloCaption(playback_.MarkEnd)));
-}
-
-void CommsLink::FileInputTimer_Timer()
-{
-    if (PlaybackBusy) return;
-    PlaybackBusy = true;
-    const auto done = qScopeGuard([this] { PlaybackBusy = false; });
-    if (!playback_.isOpen()) return;
-    const int64_t start = clock_();
-    const uint64_t goodBefore = rx_.goodMessages;
-    const double allowance = pacer_.allowance(start);
-    bool paced = false;
-    const auto sliceSpent = [&] {
-        paced = static_cast<double>(rx_.goodMessages - goodBefore) >= allowance;
-        return paced || clock_() - start >= int64_t{MaxRateSliceMs} * 1000000;
-    };
-    const Playback::Tick t = playback_.tick(
-        [this](std::span<const uint8_t> bytes) { rx_.receiveBytes(bytes); },
-        [this](int32_t played) { KProcessedlab->setText(QString::fromStdString(KiloCaption(played))); },
-        sliceSpent);
-    if (playback_.PlaybackMaxRate) pacer_.spend(static_cast<double>(rx_.goodMessages - goodBefore));
-    if (t.reachedEnd) {
-        const std::string error = playback_.readError();
-        StopLogIn_Click();
-        if (!error.empty())
-            dialogs_.MsgBox(std::string(kReadErrorPrefix) + error, box::Critical, std::string(kFileErrorTitle));
-    } else if (t.more && !paced) {
-        nextSlice_->start(); // the event loop runs once, then the next slice
-    }
-    // Paced: the 1 ms timer comes back once the allowance has grown.
-}
-
-void CommsLink::Trimcb_Click()
-{
-    // The trim reads the recording from its beginning itself: whatever was playing
-    // stops first, and nothing reaches the receiver meanwhile. It ends idle, at 0 bytes.
-    StopLogIn_Click();
-    const TrimResult r = trimRecording(inputFilename(), playback_.MarkStart, playback_.MarkEnd);
-    if (r.copied >= playback::KiloByte) Trimtb->setText(QString::fromStdString(KiloCaption(r.copied)));
-    playback_.BytesPlayed = 0;
-    playback_.PlaybackAtEnd = false;
-    if (!r.ok) dialogs_.MsgBox(std::string(trim::ErrorText), box::OkOnly, std::string(kTrimErrorTitle));
 }
 
 } // namespace kdx

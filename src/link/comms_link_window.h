@@ -8,6 +8,7 @@
 #include "link/message_sink.h"
 #include "link/playback.h"
 #include "link/receiver.h"
+#include "link/trim.h"
 
 #include <QWidget>
 
@@ -57,7 +58,8 @@ public:
     bool GetCommsGood() const { return rx_.GetCommsGood(); }
     // Opens port number `port` (1 .. 18) of the last scan.
     void SelectCommsPort(int port);
-    // Selects the port with this name, adding it to the list when the scan missed it.
+    // Selects the port with this name (kdxtool --port). A name the scan did not list is
+    // added, in the last slot when all 18 are taken, and keeps its slot in later scans.
     bool selectPortByName(const std::string& name);
     void SetBaudForKDX();
     void SetBaudForQVane();
@@ -86,6 +88,10 @@ public:
     void MarkStartcb_Click();
     void MarkEndcb_Click();
     void Trimcb_Click();
+    // "Write File" copies a kilobyte, shows the count, and returns to the event loop
+    // until the copy is done; a zero-interval timer calls this.
+    void trimNextKilobyte();
+    bool trimming() const { return trim_.copying(); }
     void FileInputTimer_Timer();
     Playback& playback() { return playback_; }
     const Playback& playback() const { return playback_; }
@@ -141,6 +147,10 @@ private:
     void PortScan();
     void onPortLost(const std::string& reason);
     void checkPortButton(int port);
+    void showPortButton(int port, bool available);
+    // A box shown once the handler that found the fault has returned.
+    void postBox(const std::string& prompt, int style, const std::string& title);
+    void finishTrim();
     void showStatus();
     void buildFileFrame();
     void showDoingInFile(bool playing);
@@ -149,12 +159,19 @@ private:
     Dialogs& dialogs_;
     Receiver rx_;
     std::vector<std::string> names_;
+    std::vector<std::string> namedPorts_; // selected by name: listed by every scan
     bool unloading_ = false;
+    int lostPort_ = 0; // the port that failed underneath, until the loss is told
     int32_t shownErrors_ = -1;
     std::string shownStatus_;
     Playback playback_;
     std::function<int64_t()> clock_;
     QTimer* nextSlice_ = nullptr; // calls the tick again at once while a "Max" slice ended early
+    // A consumer's fault left the receiver's guard held: playback waits for the
+    // watchdog's tick to clear it, with its timer stopped.
+    bool awaitingGuard_ = false;
+    TrimCopy trim_;
+    QTimer* trimTimer_ = nullptr;
     MessagePacer pacer_{MaxRateMessagesPerSecond, MaxRateBurst};
 };
 

@@ -80,7 +80,7 @@ std::optional<std::string> Playback::open(const std::string& path)
 {
     auto reader = std::make_unique<RecordingReader>();
     if (auto error = reader->open(path)) return error;
-    ++generation_;
+    close();
     reader_ = std::move(reader);
     PlaybackAtEnd = false;
     BytesPlayed = 0;
@@ -91,29 +91,38 @@ void Playback::close()
 {
     ++generation_;
     reader_.reset();
+    heldAt_ = heldEnd_ = 0;
 }
 
 int Playback::pass(const Feed& feed, const Kilobyte& kilobyte)
 {
     using namespace playback;
     const uint64_t generation = generation_;
-    std::array<uint8_t, BytesPerPass> chunk;
     int played = 0;
     while (played < BytesPerPass && !PlaybackPaused && !PlaybackAtEnd && isOpen()) {
-        if (BytesPlayed == std::numeric_limits<int32_t>::max()) raiseOverflow();
-        // Runs end at each kilobyte, where the count is shown and a pause can come in.
-        const int toKilobyte = KiloByte - BytesPlayed % KiloByte;
-        const int want = static_cast<int>(std::min<int64_t>(
-            {BytesPerPass - played, toKilobyte, int64_t{std::numeric_limits<int32_t>::max()} - BytesPlayed}));
-        const std::size_t n = reader_->read(std::span<uint8_t>(chunk.data(), static_cast<std::size_t>(want)));
-        BytesPlayed += static_cast<int32_t>(n);
-        played += static_cast<int>(n);
-        PlaybackAtEnd = reader_->atEnd();
-        if (n == 0) break;
+        if (!held()) {
+            if (BytesPlayed == std::numeric_limits<int32_t>::max()) raiseOverflow();
+            // Runs end at each kilobyte, where the count is shown and a pause can come in.
+            const int toKilobyte = KiloByte - BytesPlayed % KiloByte;
+            const int want = static_cast<int>(std::min<int64_t>(
+                {BytesPerPass - played, toKilobyte, int64_t{std::numeric_limits<int32_t>::max()} - BytesPlayed}));
+            heldAt_ = 0;
+            heldEnd_ = reader_->read(std::span<uint8_t>(chunk_.data(), static_cast<std::size_t>(want)));
+            if (heldEnd_ == 0) {
+                PlaybackAtEnd = reader_->atEnd();
+                break;
+            }
+        }
         // A consumer may stop or restart the playback (through a dialog's event loop);
         // the pass then ends without touching the new state.
-        feed(std::span<const uint8_t>(chunk.data(), n));
+        const std::span<const uint8_t> offered(chunk_.data() + heldAt_, heldEnd_ - heldAt_);
+        const std::size_t taken = feed(offered);
         if (generation_ != generation) break;
+        heldAt_ += taken;
+        BytesPlayed += static_cast<int32_t>(taken);
+        played += static_cast<int>(taken);
+        PlaybackAtEnd = !held() && reader_->atEnd();
+        if (held()) break;
         if (BytesPlayed % KiloByte == 0) {
             kilobyte(BytesPlayed);
             if (generation_ != generation) break;
@@ -135,6 +144,10 @@ Playback::Tick Playback::tick(const Feed& feed, const Kilobyte& kilobyte, const 
         if (generation_ != generation) return t; // stopped or restarted meanwhile
         if (PlaybackAtEnd) {
             t.reachedEnd = true;
+            return t;
+        }
+        if (held()) {
+            t.held = true;
             return t;
         }
         // While paused a pass reads nothing, so the tick has nothing more to do.

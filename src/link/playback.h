@@ -88,8 +88,10 @@ private:
 
 class Playback {
 public:
-    // Played bytes, in file order. The span is valid during the call only.
-    using Feed = std::function<void(std::span<const uint8_t>)>;
+    // Bytes to play, in file order; returns how many the receiver took. Fewer than
+    // offered means it is held: the rest stays and is offered again by the next pass.
+    // The span is valid during the call only.
+    using Feed = std::function<std::size_t(std::span<const uint8_t>)>;
     // BytesPlayed has just reached a multiple of 1024.
     using Kilobyte = std::function<void(int32_t bytesPlayed)>;
     // Whether the tick's time slice at the maximum rate is used up.
@@ -105,17 +107,21 @@ public:
     std::string readError() const { return reader_ ? reader_->error() : std::string(); }
 
     // One pass: up to 256 bytes, none while paused. A pass ends early at the end of the
-    // recording, on a read error, or when a callback paused, stopped or restarted the
-    // playback. Returns the bytes played.
+    // recording, on a read error, when the receiver is held, or when a callback paused,
+    // stopped or restarted the playback. Returns the bytes played (taken by the feed).
     int pass(const Feed& feed, const Kilobyte& kilobyte);
+    // The receiver refused bytes the last pass offered; they wait for the next pass.
+    bool held() const { return heldAt_ < heldEnd_; }
 
     struct Tick {
         int bytes = 0;
         bool reachedEnd = false; // the last byte has been played: playback is to stop
         bool more = false;       // at the maximum rate, the slice ended before the recording
+        bool held = false;       // the receiver is held: nothing more until it is free
     };
-    // The timer tick: one pass, or at the maximum rate passes until the end, a pause, or
-    // the slice is spent. A BytesPlayed at the 32-bit limit raises the overflow error.
+    // The timer tick: one pass, or at the maximum rate passes until the end, a pause, a
+    // held receiver or the slice is spent. A BytesPlayed at the 32-bit limit raises the
+    // overflow error.
     Tick tick(const Feed& feed, const Kilobyte& kilobyte, const SliceSpent& sliceSpent);
 
     // Mark Start / Mark End: the current position.
@@ -132,6 +138,9 @@ public:
 private:
     std::unique_ptr<RecordingReader> reader_;
     uint64_t generation_ = 0; // changes with every open and close
+    // The bytes last read; those from heldAt_ on have not been taken yet.
+    std::array<uint8_t, playback::BytesPerPass> chunk_{};
+    std::size_t heldAt_ = 0, heldEnd_ = 0;
 };
 
 } // namespace kdx

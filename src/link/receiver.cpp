@@ -54,6 +54,19 @@ void Receiver::receiveBytes(std::span<const uint8_t> bytes)
     }
 }
 
+std::size_t Receiver::receiveWhileFree(std::span<const uint8_t> bytes)
+{
+    std::size_t taken = 0;
+    while (taken < bytes.size() && !ProcessingMsg) {
+        try {
+            ReceiveByte(bytes[taken++]);
+        } catch (const HostError&) {
+            // The consumer's handler is abandoned, its guard left set.
+        }
+    }
+    return taken;
+}
+
 bool Receiver::ChecksumGood() const
 {
     const int length = InBuf[0];

@@ -25,6 +25,10 @@ public:
     // Feeds many bytes. A host error raised by a consumer abandons that one message and
     // reception goes on with the next byte, as it would with one event per byte.
     void receiveBytes(std::span<const uint8_t> bytes);
+    // Feeds bytes while the guard is free and returns how many were taken: all of them,
+    // unless a consumer's fault left ProcessingMsg set (the faulted message's last byte
+    // is taken, the rest is not). A held guard takes nothing.
+    std::size_t receiveWhileFree(std::span<const uint8_t> bytes);
     // Forces hunting for the next start byte; a partly collected frame is forgotten.
     void ResetSync() { InSync = false; }
     // The checksum test on InBuf: plain or inverted sum.

@@ -1,24 +1,15 @@
 #include "link/trim.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <memory>
 
 namespace kdx {
 
 namespace {
 
-struct FileCloser {
-    void operator()(std::FILE* f) const
-    {
-        if (f) std::fclose(f);
-    }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
+constexpr std::size_t kBlock = 1 << 16;
 
 std::string osReason(int err) { return std::strerror(err ? err : EIO); }
 
@@ -26,70 +17,97 @@ std::string osReason(int err) { return std::strerror(err ? err : EIO); }
 
 std::string TrimmedName(const std::string& recording) { return recording + std::string(trim::Suffix); }
 
-TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd,
-                         const std::function<void(int64_t)>& progress)
+bool TrimCopy::start(const std::string& recording, int32_t markStart, int32_t markEnd)
 {
     namespace fs = std::filesystem;
-    TrimResult r;
-    r.output = TrimmedName(recording);
-    auto fail = [&](std::string why) {
-        r.reason = std::move(why);
-        return r;
-    };
+    abandon();
+    r_ = TrimResult{};
+    r_.output = TrimmedName(recording);
+    recording_ = recording;
+    position_ = 0;
 
     // The earlier copy goes first: what is written now never mixes with it.
     std::error_code ec;
-    const fs::file_status st = fs::symlink_status(r.output, ec);
-    if (fs::is_directory(st)) return fail("cannot write " + r.output + ": " + osReason(EISDIR));
-    if (fs::exists(st) && !fs::remove(r.output, ec)) return fail("cannot delete " + r.output + ": " + ec.message());
+    const fs::file_status st = fs::symlink_status(r_.output, ec);
+    if (fs::is_directory(st)) return fail("cannot write " + r_.output + ": " + osReason(EISDIR));
+    if (fs::exists(st) && !fs::remove(r_.output, ec)) return fail("cannot delete " + r_.output + ": " + ec.message());
 
     errno = 0;
-    File out(std::fopen(r.output.c_str(), "wb"));
-    if (!out) return fail("cannot write " + r.output + ": " + osReason(errno));
+    out_ = std::fopen(r_.output.c_str(), "wb");
+    if (!out_) return fail("cannot write " + r_.output + ": " + osReason(errno));
     errno = 0;
-    File in(std::fopen(recording.c_str(), "rb"));
-    if (!in) return fail("cannot open " + recording + ": " + osReason(errno ? errno : ENOENT));
+    in_ = std::fopen(recording.c_str(), "rb");
+    if (!in_) return fail("cannot open " + recording + ": " + osReason(errno ? errno : ENOENT));
 
-    const int64_t skip = std::max<int64_t>(int64_t{markStart} + 1, 0);
-    const int64_t count = std::max<int64_t>(int64_t{markEnd} - markStart, 1) + 1;
-    std::array<char, 1 << 16> buf;
-    int64_t position = 0;
-    // Reads up to n bytes; a short read is the end of the recording or a read error.
-    auto readSome = [&](int64_t n, std::string& why) -> std::size_t {
+    buf_.resize(kBlock);
+    for (int64_t skip = std::max<int64_t>(int64_t{markStart} + 1, 0); skip > 0;) {
         errno = 0;
-        const std::size_t got = std::fread(buf.data(), 1, static_cast<std::size_t>(std::min<int64_t>(n, std::ssize(buf))), in.get());
-        position += static_cast<int64_t>(got);
+        const std::size_t got = std::fread(buf_.data(), 1, static_cast<std::size_t>(std::min<int64_t>(skip, kBlock)), in_);
+        position_ += static_cast<int64_t>(got);
         if (got == 0)
-            why = std::ferror(in.get()) ? "cannot read " + recording + ": " + osReason(errno)
-                                        : recording + " ends after " + std::to_string(position) + " bytes";
-        return got;
-    };
+            return fail(std::ferror(in_) ? "cannot read " + recording + ": " + osReason(errno)
+                                         : recording + " ends after " + std::to_string(position_) + " bytes");
+        skip -= static_cast<int64_t>(got);
+    }
+    left_ = std::max<int64_t>(int64_t{markEnd} - markStart, 1) + 1;
+    return true;
+}
 
-    std::string why;
-    for (int64_t left = skip; left > 0;) {
-        const std::size_t got = readSome(left, why);
-        if (got == 0) return fail(why);
-        left -= static_cast<int64_t>(got);
-    }
-    for (int64_t left = count; left > 0;) {
-        const std::size_t got = readSome(left, why);
-        if (got == 0) break;
+bool TrimCopy::copy(int64_t bytes)
+{
+    while (copying() && bytes > 0) {
+        if (left_ == 0) return finish();
         errno = 0;
-        if (std::fwrite(buf.data(), 1, got, out.get()) != got) {
-            why = "cannot write " + r.output + ": " + osReason(errno);
-            break;
-        }
-        const int64_t before = r.copied;
-        r.copied += static_cast<int64_t>(got);
-        left -= static_cast<int64_t>(got);
-        if (progress && r.copied / 1024 != before / 1024) progress(r.copied / 1024 * 1024);
+        const auto want = static_cast<std::size_t>(std::min<int64_t>({bytes, left_, int64_t{kBlock}}));
+        const std::size_t got = std::fread(buf_.data(), 1, want, in_);
+        position_ += static_cast<int64_t>(got);
+        if (got == 0)
+            return fail(std::ferror(in_) ? "cannot read " + recording_ + ": " + osReason(errno)
+                                         : recording_ + " ends after " + std::to_string(position_) + " bytes");
+        errno = 0;
+        if (std::fwrite(buf_.data(), 1, got, out_) != got) return fail("cannot write " + r_.output + ": " + osReason(errno));
+        r_.copied += static_cast<int64_t>(got);
+        left_ -= static_cast<int64_t>(got);
+        bytes -= static_cast<int64_t>(got);
     }
+    if (copying() && left_ == 0) return finish();
+    return copying();
+}
+
+bool TrimCopy::finish()
+{
+    if (in_) std::fclose(in_);
+    in_ = nullptr;
     errno = 0;
-    const bool closed = std::fclose(out.release()) == 0;
-    if (!why.empty()) return fail(why);
-    if (!closed) return fail("cannot write " + r.output + ": " + osReason(errno));
-    r.ok = true;
-    return r;
+    const bool closed = std::fclose(out_) == 0;
+    out_ = nullptr;
+    if (!closed) return fail("cannot write " + r_.output + ": " + osReason(errno));
+    r_.ok = true;
+    return false;
+}
+
+bool TrimCopy::fail(std::string why)
+{
+    abandon();
+    r_.ok = false;
+    r_.reason = std::move(why);
+    return false;
+}
+
+void TrimCopy::abandon()
+{
+    if (in_) std::fclose(in_);
+    if (out_) std::fclose(out_);
+    in_ = out_ = nullptr;
+}
+
+TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd)
+{
+    TrimCopy trim;
+    if (trim.start(recording, markStart, markEnd))
+        while (trim.copy(kBlock)) {
+        }
+    return trim.result();
 }
 
 } // namespace kdx

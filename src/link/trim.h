@@ -1,11 +1,13 @@
 #pragma once
 // "Write File": the stretch of a recording between the two marks, copied to a new file
-// named after it. The window's button and kdxctl trim both call trimRecording, so they
-// write the same bytes.
+// named after it. The window's button and kdxctl trim both use TrimCopy, so they write
+// the same bytes.
 #include <cstdint>
-#include <functional>
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kdx {
 
@@ -24,13 +26,43 @@ struct TrimResult {
     std::string reason;  // why it failed, for kdxctl (the window shows ErrorText only)
 };
 
-// Copies the marked stretch of `recording` to TrimmedName(recording). An earlier copy
-// of that name is deleted first. Both counted loops are inclusive, so the copy starts
-// one byte after the start mark and ends one byte after the end mark: MarkStart + 1
-// bytes are skipped, then max(MarkEnd - MarkStart, 1) + 1 bytes copied. A recording
-// shorter than that is an error; the partial copy stays. `progress` (optional) is told
-// the bytes copied at every whole kilobyte.
-TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd,
-                         const std::function<void(int64_t copied)>& progress = {});
+// One trim, copied a slice at a time so a window can let its event loop run between
+// slices. Both counted loops are inclusive, so the copy starts one byte after the start
+// mark and ends one byte after the end mark: MarkStart + 1 bytes are skipped, then
+// max(MarkEnd - MarkStart, 1) + 1 bytes copied. A recording shorter than that is an
+// error; the partial copy stays.
+class TrimCopy {
+public:
+    TrimCopy() = default;
+    TrimCopy(const TrimCopy&) = delete;
+    TrimCopy& operator=(const TrimCopy&) = delete;
+    ~TrimCopy() { abandon(); }
+
+    // Deletes an earlier copy, creates the new one, opens the recording and skips to
+    // the start mark. False when that fails; result() says why.
+    bool start(const std::string& recording, int32_t markStart, int32_t markEnd);
+    // Copies up to `bytes` more. True while there is more to copy; false once the copy
+    // is finished (or failed), and then result() is final and the files are closed.
+    bool copy(int64_t bytes);
+    bool copying() const { return out_ != nullptr; }
+    const TrimResult& result() const { return r_; }
+    // Stops an unfinished copy where it is; what was written stays.
+    void abandon();
+
+private:
+    bool fail(std::string why);
+    bool finish();
+
+    TrimResult r_;
+    std::string recording_;
+    std::FILE* in_ = nullptr;
+    std::FILE* out_ = nullptr;
+    int64_t position_ = 0; // bytes read from the recording
+    int64_t left_ = 0;     // bytes still to copy
+    std::vector<char> buf_;
+};
+
+// The whole trim at once (kdxctl trim).
+TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd);
 
 } // namespace kdx

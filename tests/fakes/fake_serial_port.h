@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kdx::test {
@@ -16,6 +17,7 @@ public:
     std::set<std::string> refuse;   // names whose open fails
     std::string refuseReason = "Permission denied";
     bool failWrites = false;
+    bool unplugOnWrite = false; // the adapter is pulled out during the next write
     std::string openName;
     std::vector<uint8_t> written;
     int opens = 0, closes = 0, settingsApplied = 0;
@@ -39,6 +41,7 @@ public:
     bool isOpen() const override { return !openName.empty(); }
     bool write(std::span<const uint8_t> bytes, std::string& error) override
     {
+        if (std::exchange(unplugOnWrite, false)) unplug();
         if (failWrites || openName.empty()) {
             error = "Input/output error";
             return false;

@@ -4,12 +4,6 @@
 
 using namespace kdx;
 
-TEST(Playback, KiloCaptionRoundsDown)
-{
-    const std::pair<int64_t, const char*> cases[] = {{0, "0K"}, {1023, "0K"}, {1024, "1K"}, {2560, "2K"}, {2147483647, "2097151K"}};
-    for (const auto& [bytes, text] : cases) EXPECT_EQ(KiloCaption(bytes), text) << bytes;
-}
-
 TEST(Playback, PacerAllowsABurstThenItsRate)
 {
     MessagePacer pacer(40000, 2000); // per second, at once

@@ -1,6 +1,7 @@
-#include "fakes/program_rig.h"
+#include "core/host_error.h"
+#include "fakes/fake_serial_port.h"
+#include "fakes/scripted_dialogs.h"
 #include "link/comms_link_window.h"
-#include "sim/recording.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -108,9 +109,7 @@ TEST(PlaybackWindow, EachRatePlaysItsBytesPerTick)
         Rig r;
         r.step = c.clockStep;
         r.recording(frames(c.frames));
-        QRadioButton* rate = r.link.Rateob[static_cast<std::size_t>(c.index)];
-        EXPECT_EQ(rate->text(), c.caption);
-        rate->click();
+        r.link.Rateob[static_cast<std::size_t>(c.index)]->click();
         r.link.StartLogIn->click();
         EXPECT_EQ(r.link.FileInputTimer->interval(), c.interval) << c.caption;
         std::vector<int32_t> played;
@@ -183,12 +182,16 @@ TEST(PlaybackWindow, OneKilobyteShowsOneKThenStopsAndThePortFeedsAgain)
     EXPECT_EQ(r.sink.cyclic, 20);
     r.port.deliver(frame);
     EXPECT_EQ(r.sink.cyclic, 21);
+    // Played again: the count changes at the next whole kilobyte, not at Start.
+    r.link.StartLogIn->click();
+    r.link.FileInputTimer_Timer();
+    EXPECT_EQ(r.text(r.link.KProcessedlab), "1K");
+    EXPECT_EQ(r.played(), 256);
 }
 
 TEST(PlaybackWindow, AFileThatCannotBeOpenedIsReportedAndDoesNotPlay)
 {
     Rig r;
-    EXPECT_EQ(r.link.inputFilename(), QDir::homePath().toStdString() + "/Logs/Run 0.Log");
     r.link.SetInputFilename(QDir(r.dir.path()).filePath("missing.Log").toStdString());
     r.link.StartLogIn->click();
     ASSERT_EQ(r.dialogs.boxes.size(), 1u);
@@ -199,8 +202,8 @@ TEST(PlaybackWindow, AFileThatCannotBeOpenedIsReportedAndDoesNotPlay)
     EXPECT_TRUE(filled(r.link.DoingInFile, CommsLink::IdleColour));
 }
 
-// The same marks and copies as kdxctl trim's test.
-TEST(PlaybackWindow, WriteFileCopiesTheMarkedStretchAndEndsIdle)
+// The copy is made a kilobyte per turn of the event loop, the count shown at each.
+TEST(PlaybackWindow, WriteFileCopiesTheMarkedStretchShowingEachKilobyteAndEndsIdle)
 {
     Rig r;
     Bytes data(5000);
@@ -216,50 +219,108 @@ TEST(PlaybackWindow, WriteFileCopiesTheMarkedStretchAndEndsIdle)
     EXPECT_EQ(r.text(r.link.MarkEndtb), "1K");
     struct Case {
         int32_t start, end; // -1: as marked above
-        bool ok;
+        std::vector<std::string> shown; // Trimtb after each turn
         std::size_t from, copied;
+        bool ok;
     };
     const Case cases[] = {
-        {-1, -1, true, 257, 1281},
-        {0, 100, true, 1, 101}, // overwrites the copy above; Trimtb keeps its last whole kilobyte
-        {4000, 4999, false, 4001, 999},
+        {-1, -1, {"1K", "1K"}, 257, 1281, true},
+        {0, 100, {"1K"}, 1, 101, true}, // overwrites the copy above
+        {1500, 4499, {"1K", "2K", "2K"}, 1501, 3000, true},
+        {4000, 4999, {"2K"}, 4001, 999, false}, // one byte short
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.start);
         if (c.start >= 0) {
             r.link.playback().MarkStart = c.start;
             r.link.playback().MarkEnd = c.end;
         }
         r.dialogs.boxes.clear();
         r.link.Trimcb->click();
+        EXPECT_TRUE(r.link.PlaybackActive) << "as at Start, with the timer off";
+        EXPECT_FALSE(r.link.FileInputTimer->isActive());
+        std::vector<std::string> shown;
+        while (r.link.trimming()) {
+            r.link.trimNextKilobyte();
+            shown.push_back(r.text(r.link.Trimtb));
+        }
+        EXPECT_EQ(shown, c.shown);
         EXPECT_EQ(readAll(path + "_t"), Bytes(data.begin() + static_cast<std::ptrdiff_t>(c.from),
-                                              data.begin() + static_cast<std::ptrdiff_t>(c.from + c.copied)))
-            << c.start;
-        EXPECT_EQ(r.text(r.link.Trimtb), "1K");
+                                              data.begin() + static_cast<std::ptrdiff_t>(c.from + c.copied)));
+        QCoreApplication::processEvents();
         ASSERT_EQ(r.dialogs.boxes.size(), c.ok ? 0u : 1u);
         if (!c.ok) {
             EXPECT_EQ(r.dialogs.boxes[0].prompt, "Error during file trimming.");
         }
         EXPECT_FALSE(r.link.PlaybackActive);
         EXPECT_FALSE(r.link.FileInputTimer->isActive());
+        EXPECT_TRUE(filled(r.link.DoingInFile, CommsLink::IdleColour));
         EXPECT_EQ(r.played(), 0);
+    }
+    // Left to the event loop, the copy runs to its end by itself.
+    r.link.playback().MarkStart = 0;
+    r.link.playback().MarkEnd = 4000;
+    r.link.Trimcb->click();
+    for (int i = 0; i < 100 && r.link.trimming(); ++i) QCoreApplication::processEvents();
+    EXPECT_EQ(readAll(path + "_t").size(), 4001u);
+    EXPECT_EQ(r.text(r.link.Trimtb), "3K");
+}
+
+// A half frame from the old source must not swallow the first good frame of the new.
+TEST(PlaybackWindow, AHalfFrameBeforeAChangeOfSourceDoesNotSwallowTheNextFrame)
+{
+    const Bytes frame = frames(1);
+    const Bytes half(frame.begin(), frame.begin() + 20);
+    enum class Change { SelectPort, Start, Stop };
+    for (Change change : {Change::SelectPort, Change::Start, Change::Stop}) {
+        SCOPED_TRACE(int(change));
+        Rig r;
+        Bytes recording = frames(3);
+        if (change == Change::Stop) recording.insert(recording.end(), half.begin(), half.end());
+        r.recording(recording);
+        if (change == Change::Stop) {
+            r.link.StartLogIn->click();
+            r.link.FileInputTimer_Timer(); // 3 frames and a half: the end, and playback stops
+            ASSERT_FALSE(r.link.PlaybackActive);
+        } else {
+            r.port.deliver(half);
+        }
+        if (change == Change::SelectPort) r.link.CommsPortob[1]->click();
+        if (change == Change::Start) {
+            r.link.StartLogIn->click();
+            r.link.FileInputTimer_Timer();
+        } else {
+            r.port.deliver(frame);
+        }
+        EXPECT_EQ(r.sink.cyclic, change == Change::SelectPort ? 1 : 3 + (change == Change::Stop));
     }
 }
 
-TEST(PlaybackWindow, ANoisyRecordingPlaysThroughTheProgram)
+// A message whose handler faulted leaves the receiver's guard held until the watchdog's
+// tick: playback stops feeding it and waits, its timer off, then plays on from the next
+// byte. Nothing after the faulted message is lost.
+TEST(PlaybackWindow, PlaybackWaitsForTheWatchdogToFreeAHeldReceiver)
 {
-    ProgramRig rig;
-    QTemporaryDir dir;
-    const std::string path = QDir(dir.path()).filePath("noisy.rec").toStdString();
-    std::string error;
-    sim::SimOptions options;
-    options.noise = 0.01;
-    ASSERT_GT(sim::writeRecording(options, 3.0, path, error), 0) << error;
-    rig.comms.SetInputFilename(path);
-    rig.comms.Rateob_Click(0);
-    rig.comms.StartLogIn_Click();
-    for (int i = 0; i < 100 && rig.comms.PlaybackActive; ++i) rig.comms.FileInputTimer_Timer();
-    EXPECT_FALSE(rig.comms.PlaybackActive);
-    EXPECT_GT(rig.comms.receiver().goodMessages, 100u);
-    EXPECT_GT(rig.comms.receiver().badMessages, 0u);
-    EXPECT_TRUE(rig.main.TelemetrySeen);
+    for (int rate : {0, 2}) {
+        SCOPED_TRACE(rate);
+        Rig r;
+        r.recording(frames(10));
+        r.link.Rateob[static_cast<std::size_t>(rate)]->click();
+        r.sink.onCyclic = [&] {
+            if (r.sink.cyclic == 2) raiseSubscript();
+        };
+        r.link.StartLogIn->click();
+        r.link.FileInputTimer_Timer();
+        EXPECT_EQ(r.played(), 98);
+        EXPECT_TRUE(r.link.receiver().ProcessingMsg);
+        EXPECT_FALSE(r.link.FileInputTimer->isActive()) << "no polling while it waits";
+        r.link.FileInputTimer_Timer(); // a late tick already queued changes nothing
+        EXPECT_EQ(r.played(), 98);
+        r.link.CommsTimeout_Timer();
+        EXPECT_TRUE(r.link.FileInputTimer->isActive());
+        for (int i = 0; i < 3 && r.link.PlaybackActive; ++i) r.link.FileInputTimer_Timer();
+        EXPECT_FALSE(r.link.PlaybackActive);
+        EXPECT_EQ(r.played(), 490);
+        EXPECT_EQ(r.sink.cyclic, 10);
+    }
 }

@@ -73,33 +73,26 @@ TEST(Receiver, FramingAndResyncRules)
     }
 }
 
-TEST(Receiver, MessageArrivingDuringDispatchIsDroppedWithoutCount)
-{
-    RecordingSink sink;
-    Receiver rx(&sink, &sink);
-    rx.ProcessingMsg = true;
-    rx.receiveBytes(buildFrame(121, std::vector<uint8_t>(45, 0)));
-    EXPECT_TRUE(sink.calls.empty());
-    EXPECT_EQ(sink.good + sink.bad, 0);
-    EXPECT_EQ(rx.CommsErrorCount, 0);
-    EXPECT_FALSE(rx.InSync);
-    rx.CommsTimeout_Timer(); // the watchdog clears a stuck guard
-    rx.receiveBytes(buildFrame(121, std::vector<uint8_t>(45, 0)));
-    EXPECT_EQ(sink.calls.size(), 1u);
-}
-
-TEST(Receiver, ShortCyclicMessageAbandonsOnlyItsHandler)
+// A short cyclic message abandons its handler and leaves the guard held: what follows is
+// dropped without a count (or, fed while free, not taken) until the watchdog's tick.
+TEST(Receiver, AFaultedHandlerHoldsTheGuardUntilTheWatchdogsTick)
 {
     RecordingSink sink;
     sink.throwOnCyclic = true;
     Receiver rx(&sink, &sink);
-    rx.receiveBytes(buildFrame(121, std::vector<uint8_t>(10, 0))); // L = 13, reads index 47
-    EXPECT_EQ(sink.calls.size(), 1u);
+    const auto faulting = buildFrame(121, std::vector<uint8_t>(10, 0)); // L = 13, reads index 47
+    const auto cyclic = buildFrame(121, std::vector<uint8_t>(45, 0));
+    EXPECT_EQ(rx.receiveWhileFree(cat({faulting, cyclic})), faulting.size());
     EXPECT_FALSE(rx.CommsGood); // the count and the link state come after the handler
+    sink.throwOnCyclic = false;
+    rx.receiveBytes(cyclic);
+    EXPECT_EQ(rx.receiveWhileFree(cyclic), 0u);
+    EXPECT_EQ(sink.calls, std::vector<std::string>{"y:13"});
+    EXPECT_EQ(sink.good + sink.bad, 1);
+    EXPECT_EQ(rx.CommsErrorCount, 0);
     EXPECT_FALSE(rx.InSync);
     rx.CommsTimeout_Timer();
-    sink.throwOnCyclic = false;
-    rx.receiveBytes(buildFrame(121, std::vector<uint8_t>(45, 0)));
+    EXPECT_EQ(rx.receiveWhileFree(cyclic), cyclic.size());
     EXPECT_EQ(sink.calls.size(), 2u);
     EXPECT_TRUE(rx.GetCommsGood());
 }
