@@ -1,9 +1,11 @@
 // kdxtool: the composition root. Builds the adapters and windows, wires them through
 // the workspace, and starts the main window.
+#include "core/terminate_report.h"
 #include "link/comms_link_window.h"
 #include "mainwindow/main_entry.h"
 #include "mainwindow/workspace.h"
 #include "platform/qt_dialogs.h"
+#include "platform/qt_guard.h"
 #include "platform/qt_key_state.h"
 #include "platform/qt_serial_port.h"
 #include "sim/qt_sim_port.h"
@@ -65,6 +67,7 @@ bool saveScreenshots(const QString& dirPath, kdx::Workspace& ws)
 
 int main(int argc, char** argv)
 {
+    kdx::installTerminateReport("kdxtool");
     // --help and --version print and exit inside parser.process(); they need no display,
     // so they get a plain application and work on a machine without one.
     const bool textOnly = std::any_of(argv + 1, argv + argc, [](const char* arg) {
@@ -165,12 +168,16 @@ int main(int argc, char** argv)
         comms.unload();
     };
 
-    comms.Form_Load();
-    if (!simulate.isEmpty())
-        comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
-    else if (!portPath.isEmpty())
-        comms.selectPortByName(portPath.toStdString());
-    mainWindow.Form_Load();
+    // Start-up runs through the handlers' guard too: whatever a port or a file does, the
+    // program comes up.
+    kdx::guarded([&] { comms.Form_Load(); });
+    kdx::guarded([&] {
+        if (!simulate.isEmpty())
+            comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
+        else if (!portPath.isEmpty())
+            comms.selectPortByName(portPath.toStdString());
+    });
+    kdx::guarded([&] { mainWindow.Form_Load(); });
     // The working windows stay hidden until a module is heard (or Shift+click on the logo).
     wait.show();
     wait.InputSwitchTimer->start();
@@ -178,7 +185,7 @@ int main(int argc, char** argv)
     if (!files.isEmpty()) {
         QString path = files.first();
         if (!(path.startsWith('"') && path.endsWith('"') && path.size() >= 2)) path = '"' + path + '"';
-        mainWindow.handleCommandLine(path.toStdString());
+        kdx::guarded([&] { mainWindow.handleCommandLine(path.toStdString()); });
     }
     if (!screenshotDir.isEmpty()) {
         // As a user would: once the configuration is read, pick motor 1 for tuning.

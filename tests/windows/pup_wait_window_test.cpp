@@ -3,7 +3,9 @@
 #include "mainwindow/main_entry.h"
 #include "windows/pup_wait.h"
 #include "telemetry/telemetry_setup_window.h"
+#include "tuning/graph_win_window.h"
 
+#include <QDir>
 #include <QLabel>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -123,6 +125,26 @@ TEST(MainEntryStartup, CommandLineLoadsOnlyAQuotedKdxPath)
         EXPECT_EQ(r.main.GetGainsHaveBeenLoaded(), c.loaded) << c.line;
         EXPECT_EQ(r.comms.LogFileInName->text().toStdString(), c.playback.empty() ? before.toStdString() : c.playback);
         EXPECT_EQ(r.comms.isVisible(), !c.playback.empty()) << c.line;
+    }
+}
+
+// A folder given as the file once ended the program on an exception at start-up.
+TEST(MainEntryStartup, AFileOnTheCommandLineThatCannotBeReadIsReportedAndTheProgramGoesOn)
+{
+    QTemporaryDir dir;
+    for (const char* name : {"d.btf", "d.kdx"}) {
+        SCOPED_TRACE(name);
+        const std::string path = dir.filePath(name).toStdString();
+        ASSERT_TRUE(QDir().mkpath(QString::fromStdString(path)));
+        Rig r;
+        GraphWin graph(r.ws);
+        r.ws.graph = &graph;
+        EXPECT_NO_THROW(r.main.handleCommandLine("\"" + path + "\""));
+        ASSERT_EQ(r.dialogs.boxes.size(), 1u);
+        EXPECT_EQ(r.dialogs.boxes[0].title, "File Read");
+        const std::string& prompt = r.dialogs.boxes[0].prompt;
+        EXPECT_EQ(prompt.substr(prompt.size() - 16), ": Is a directory") << prompt;
+        EXPECT_FALSE(r.main.GetGainsHaveBeenLoaded());
     }
 }
 
