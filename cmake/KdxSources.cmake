@@ -1,7 +1,8 @@
 # Source selection by naming rule, so a new file lands in the right target without
 # editing the build: in the model folders a file is a window (`*_window.cpp`) or a Qt
 # adapter (`qt_*.cpp`) and goes to kdxgui; anything else there is Qt-free and goes
-# to kdxcore. The main window and the small windows are GUI through and through.
+# to kdxcore. The main window, the small windows and the widgets they share are GUI
+# through and through.
 set(KDX_MODEL_DIRS core link config telemetry tuning sim platform)
 
 function(kdx_collect_core out)
@@ -31,7 +32,8 @@ function(kdx_collect_gui out)
   endforeach()
   file(GLOB more CONFIGURE_DEPENDS
     ${PROJECT_SOURCE_DIR}/src/mainwindow/*.cpp
-    ${PROJECT_SOURCE_DIR}/src/windows/*.cpp)
+    ${PROJECT_SOURCE_DIR}/src/windows/*.cpp
+    ${PROJECT_SOURCE_DIR}/src/widgets/*.cpp)
   list(APPEND result ${more})
   # Headers of Q_OBJECT classes must be listed for AUTOMOC to see them.
   foreach(dir ${KDX_MODEL_DIRS} mainwindow windows)
@@ -41,7 +43,8 @@ function(kdx_collect_gui out)
   endforeach()
   file(GLOB more_h CONFIGURE_DEPENDS
     ${PROJECT_SOURCE_DIR}/src/mainwindow/*.h
-    ${PROJECT_SOURCE_DIR}/src/windows/*.h)
+    ${PROJECT_SOURCE_DIR}/src/windows/*.h
+    ${PROJECT_SOURCE_DIR}/src/widgets/*.h)
   list(APPEND result ${more_h})
   set(${out} ${result} PARENT_SCOPE)
 endfunction()

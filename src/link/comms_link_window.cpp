@@ -295,7 +295,10 @@ void CommsLink::SendMessage(const OutMsgBuffer& msg)
     if (!ok) {
         PortOpen = false;
         showStatus();
-        dialogs_.MsgBox("Error writing to comms port: " + error + ". Please reselect comms port", box::Critical, "Comms Port");
+        writeErrorBox_.post([this, error] {
+            dialogs_.MsgBox("Error writing to comms port: " + error + ". Please reselect comms port", box::Critical,
+                            "Comms Port");
+        });
     }
 }
 
@@ -551,7 +554,9 @@ void CommsLink::FileInputTimer_Timer()
         const std::string error = playback_.readError();
         StopLogIn_Click();
         if (!error.empty())
-            dialogs_.MsgBox(std::string(kReadErrorPrefix) + error, box::Critical, std::string(kFileErrorTitle));
+            readErrorBox_.post([this, error] {
+                dialogs_.MsgBox(std::string(kReadErrorPrefix) + error, box::Critical, std::string(kFileErrorTitle));
+            });
     } else if (t.more && !paced) {
         nextSlice_->start(); // the event loop runs once, then the next slice
     }

@@ -8,6 +8,7 @@
 #include "link/message_sink.h"
 #include "link/playback.h"
 #include "link/receiver.h"
+#include "widgets/posted_box.h"
 
 #include <QWidget>
 
@@ -156,6 +157,9 @@ private:
     std::function<int64_t()> clock_;
     QTimer* nextSlice_ = nullptr; // calls the tick again at once while a "Max" slice ended early
     MessagePacer pacer_{MaxRateMessagesPerSecond, MaxRateBurst};
+    // Raised by senders on timers and the receive path, and by the playback timer.
+    PostedBox writeErrorBox_{this};
+    PostedBox readErrorBox_{this};
 };
 
 } // namespace kdx

@@ -235,7 +235,9 @@ void TelemetrySetup::writeFailed()
     FlushTimer->stop();
     showState();
     NextLogFile_Click();
-    dialogs_.MsgBox(log_.writeError(), box::Critical, std::string(LogWriter::WriteErrorTitle));
+    writeFailedBox_.post([this, error = log_.writeError()] {
+        dialogs_.MsgBox(error, box::Critical, std::string(LogWriter::WriteErrorTitle));
+    });
 }
 
 void TelemetrySetup::showLogEvents()

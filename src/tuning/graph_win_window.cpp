@@ -462,7 +462,10 @@ void GraphWin::SetEnable(bool flag)
     showGains();
 }
 
-void GraphWin::PutCommsJustWentBad() { model_->PutCommsJustWentBad(ws_.main && ws_.main->GetDataModified()); }
+void GraphWin::PutCommsJustWentBad()
+{
+    disconnectedBox_.post([this] { model_->PutCommsJustWentBad(ws_.main && ws_.main->GetDataModified()); });
+}
 
 bool GraphWin::GetDataModified() const { return model_->GetDataModified(); }
 

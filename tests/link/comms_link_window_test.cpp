@@ -2,6 +2,7 @@
 #include "fakes/scripted_dialogs.h"
 #include "link/comms_link_window.h"
 
+#include <QCoreApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -100,6 +101,7 @@ TEST(CommsLinkWindow, SendFramesAndAWriteFailureIsReportedOnce)
     r.port.failWrites = true;
     r.link.SendMessage(m);
     r.link.SendMessage(m);
+    QCoreApplication::sendPostedEvents();
     ASSERT_EQ(r.dialogs.boxes.size(), 1u);
     EXPECT_EQ(r.dialogs.boxes[0].prompt, "Error writing to comms port: Input/output error. Please reselect comms port");
     // Selecting the port again resumes sending.

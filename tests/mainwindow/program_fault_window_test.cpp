@@ -9,6 +9,7 @@
 #include "tuning/graph_win_model.h"
 #include "tuning/graph_win_window.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QLabel>
 #include <QTemporaryDir>
@@ -73,6 +74,7 @@ struct Program : ProgramRig, LinkLossListener {
                 comms.CommsTimeout_Timer();
                 main.CommsQualityTmr_Timer();
             }
+            QCoreApplication::sendPostedEvents(); // back in the event loop: posted boxes open
         }
     }
 };

@@ -1,6 +1,7 @@
 #include "fakes/scripted_dialogs.h"
 #include "telemetry/telemetry_setup_window.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QLabel>
 #include <QPushButton>
@@ -197,6 +198,7 @@ TEST(TelemetrySetupWindow, AFullDiskStopsTheLogWithOneBoxAndANewName)
     }
     setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, oldHandler);
+    QCoreApplication::sendPostedEvents();
     ASSERT_EQ(r.dialogs.boxes.size(), 1u);
     EXPECT_EQ(r.dialogs.boxes[0].title, "File Write");
     EXPECT_FALSE(r.win.GetLoggingDataToFile());
