@@ -7,6 +7,7 @@
 #include "platform/qt_guard.h"
 #include "platform/qt_window_close.h"
 #include "platform/serial_port.h"
+#include "widgets/face_colour.h"
 
 #include <QCloseEvent>
 #include <QDir>
@@ -447,13 +448,7 @@ void CommsLink::buildFileFrame()
 
 void CommsLink::showDoingInFile(bool playing)
 {
-    const Rgb c = fromBgr(playing ? PlayingColour : IdleColour);
-    const QColor colour(c.r, c.g, c.b);
-    QPalette p = DoingInFile->palette();
-    if (DoingInFile->autoFillBackground() && p.color(QPalette::Window) == colour) return;
-    p.setColor(QPalette::Window, colour);
-    DoingInFile->setAutoFillBackground(true);
-    DoingInFile->setPalette(p);
+    paintFace(DoingInFile, playing ? PlayingColour : IdleColour);
 }
 
 void CommsLink::SetInputFilename(const std::string& name)

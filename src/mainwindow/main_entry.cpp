@@ -13,6 +13,7 @@
 #include "platform/qt_guard.h"
 #include "tuning/gain_message.h"
 #include "tuning/graph_win_window.h"
+#include "widgets/face_colour.h"
 #include "windows/about_window.h"
 #include "windows/debug_display_window.h"
 #include "windows/pup_wait.h"
@@ -28,19 +29,6 @@
 namespace kdx {
 
 namespace {
-
-void paintBack(QWidget* w, uint32_t bgr)
-{
-    const Rgb c = fromBgr(bgr);
-    const QColor colour(c.r, c.g, c.b);
-    QPalette p = w->palette();
-    if (p.color(QPalette::Button) == colour && w->autoFillBackground()) return;
-    p.setColor(QPalette::Button, colour);
-    p.setColor(QPalette::Window, colour);
-    p.setColor(QPalette::ButtonText, Qt::black);
-    w->setAutoFillBackground(true);
-    w->setPalette(p);
-}
 
 std::string afterLastSlash(const std::string& path)
 {
@@ -216,7 +204,7 @@ void MainEntry::PutAxisMemoryMsg(const MsgView& msg)
 
 void MainEntry::SetDataModified(bool flag)
 {
-    paintBack(WriteConfigcb, flag ? colours::Green : colours::LightGrey);
+    paintFace(WriteConfigcb, flag ? colours::Green : colours::LightGrey);
     if (flag) MemReqtb->setText(QString::fromUtf8(memreq::WriteToApply.data(), memreq::WriteToApply.size()));
 }
 
@@ -383,8 +371,8 @@ void MainEntry::TestRatetb_Click()
 void MainEntry::UpdateTestButtons()
 {
     for (int m = 0; m < 2; ++m) {
-        paintBack(TestOffcb[static_cast<std::size_t>(m)], testMode_.TestOffcbColour(m));
-        paintBack(Testcb[static_cast<std::size_t>(m)], testMode_.TestcbColour(m));
+        paintFace(TestOffcb[static_cast<std::size_t>(m)], testMode_.TestOffcbColour(m));
+        paintFace(Testcb[static_cast<std::size_t>(m)], testMode_.TestcbColour(m));
     }
 }
 
@@ -505,7 +493,7 @@ void MainEntry::ShowQVaneAxis(int axis)
     LastQVaneAxis = axis;
     if (ws_.graph) ws_.graph->SetEnable(false);
     for (int i = 0; i < 3; ++i)
-        paintBack(KDXAxisSelcb[static_cast<std::size_t>(i)], i == axis ? colours::Green : colours::LightGrey);
+        paintFace(KDXAxisSelcb[static_cast<std::size_t>(i)], i == axis ? colours::Green : colours::LightGrey);
 }
 
 void MainEntry::ShowVersion(int major, int minor)

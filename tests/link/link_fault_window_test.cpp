@@ -1,6 +1,7 @@
 // Faults on the line, end to end over real pseudo-terminals: the program (Comms Link,
 // main window, tuning window) on the Qt serial port, the far end a simulated module
 // served in real time, or a source of noise.
+#include "fakes/heap_in_use.h"
 #include "fakes/scripted_dialogs.h"
 #include "link/comms_link_window.h"
 #include "mainwindow/main_entry.h"
@@ -31,34 +32,10 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define KDX_TEST_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KDX_TEST_ASAN 1
-#endif
-#endif
-#ifdef KDX_TEST_ASAN
-#include <sanitizer/allocator_interface.h>
-#else
-#include <malloc.h>
-#endif
-
 using namespace kdx;
 using namespace kdx::test;
 
 namespace {
-
-// Bytes the heap holds for the program right now.
-std::size_t heapInUse()
-{
-#ifdef KDX_TEST_ASAN
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const struct mallinfo2 m = mallinfo2();
-    return m.uordblks + m.hblkhd;
-#endif
-}
 
 double cpuSeconds()
 {
