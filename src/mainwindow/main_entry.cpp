@@ -161,6 +161,8 @@ void MainEntry::RequestMemoryRead(bool /*flag: kept in the interface, unused*/)
     MemReqTimer->stop();
     MemReqtb->setText(QString::fromUtf8(memreq::Reading.data(), memreq::Reading.size()));
     MemReqTimer->start();
+    memoryRequestPending_ = true;
+    UnrequestedReplylb->setVisible(false);
 }
 
 void MainEntry::RequestMemoryWrite()
@@ -169,6 +171,8 @@ void MainEntry::RequestMemoryWrite()
     SendMessage();
     MemReqtb->setText(QString::fromUtf8(memreq::Writing.data(), memreq::Writing.size()));
     MemReqTimer->start();
+    memoryRequestPending_ = true;
+    UnrequestedReplylb->setVisible(false);
 }
 
 void MainEntry::ReadConfigcb_Click() { RequestMemoryRead(true); }
@@ -183,6 +187,7 @@ void MainEntry::MemReqTimer_Timer()
 {
     MemReqtb->setText(QString::fromUtf8(memreq::TimedOut.data(), memreq::TimedOut.size()));
     MemReqTimer->stop();
+    memoryRequestPending_ = false; // an answer after this came too late to be the one asked for
 }
 
 void MainEntry::PutMemoryMsg(const MsgView& msg)
@@ -191,6 +196,7 @@ void MainEntry::PutMemoryMsg(const MsgView& msg)
     MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
     MemReqTimer->stop();
     config_.acceptNewImage();
+    noteMemoryReply();
 }
 
 void MainEntry::PutAxisMemoryMsg(const MsgView& msg)
@@ -200,6 +206,15 @@ void MainEntry::PutAxisMemoryMsg(const MsgView& msg)
     MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
     MemReqTimer->stop();
     config_.acceptNewImage();
+    noteMemoryReply();
+}
+
+// An unrequested reply is taken like a requested one, as the module's protocol has it;
+// only the notice tells the two apart, before anyone writes what it brought.
+void MainEntry::noteMemoryReply()
+{
+    UnrequestedReplylb->setVisible(!memoryRequestPending_);
+    memoryRequestPending_ = false;
 }
 
 void MainEntry::SetDataModified(bool flag)
