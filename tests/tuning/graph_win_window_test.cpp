@@ -415,21 +415,6 @@ TEST(GraphWinWindow, TraceFilesSaveAndLoadThroughTheFileDialogs)
     EXPECT_TRUE(r.dialogs.boxes.empty());
 }
 
-TEST(GraphWinWindow, CommsLossWarnsOnlyWhenModifiedGainsWereInUse)
-{
-    Rig r;
-    r.loadConfiguration(kExample, kExample);
-    r.win->PutCommsJustWentBad();
-    QCoreApplication::sendPostedEvents();
-    EXPECT_TRUE(r.dialogs.boxes.empty());
-    r.main.gainStore().PutP(120, 0); // the main window's parameters are now unwritten
-    r.win->PutCommsJustWentBad();
-    QCoreApplication::sendPostedEvents();
-    ASSERT_EQ(r.dialogs.boxes.size(), 1u);
-    EXPECT_EQ(r.dialogs.boxes[0].title, "KDX Disconnected");
-    EXPECT_EQ(r.dialogs.boxes[0].style, 16);
-}
-
 TEST(GraphWinWindow, CloseBoxAndWindowCloseHideUntilTheProgramUnloads)
 {
     Rig r;
