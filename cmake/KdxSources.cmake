@@ -1,8 +1,8 @@
 # Source selection by naming rule, so a new file lands in the right target without
 # editing the build: in the model folders a file is a window (`*_window.cpp`) or a Qt
 # adapter (`qt_*.cpp`) and goes to kdxgui; anything else there is Qt-free and goes
-# to kdxcore. The main window, the small windows and the application that wires them
-# are GUI through and through.
+# to kdxcore. The main window, the small windows, the widgets they share and the
+# application that wires them are GUI through and through.
 set(KDX_MODEL_DIRS core link config telemetry tuning sim platform)
 
 function(kdx_collect_core out)
@@ -33,6 +33,7 @@ function(kdx_collect_gui out)
   file(GLOB more CONFIGURE_DEPENDS
     ${PROJECT_SOURCE_DIR}/src/mainwindow/*.cpp
     ${PROJECT_SOURCE_DIR}/src/windows/*.cpp
+    ${PROJECT_SOURCE_DIR}/src/widgets/*.cpp
     ${PROJECT_SOURCE_DIR}/src/app/*.cpp)
   # main() is kdxtool's own; the application class it runs is shared with the tests.
   list(FILTER more EXCLUDE REGEX "/app/main\\.cpp$")
@@ -45,7 +46,8 @@ function(kdx_collect_gui out)
   endforeach()
   file(GLOB more_h CONFIGURE_DEPENDS
     ${PROJECT_SOURCE_DIR}/src/mainwindow/*.h
-    ${PROJECT_SOURCE_DIR}/src/windows/*.h)
+    ${PROJECT_SOURCE_DIR}/src/windows/*.h
+    ${PROJECT_SOURCE_DIR}/src/widgets/*.h)
   list(APPEND result ${more_h})
   set(${out} ${result} PARENT_SCOPE)
 endfunction()

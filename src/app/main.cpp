@@ -1,7 +1,9 @@
 // kdxtool: builds the real adapters, hands them to the application (every window,
 // wired), and runs the event loop.
 #include "app/application.h"
+#include "core/terminate_report.h"
 #include "platform/qt_dialogs.h"
+#include "platform/qt_guard.h"
 #include "platform/qt_key_state.h"
 #include "platform/qt_serial_port.h"
 #include "sim/qt_sim_port.h"
@@ -59,6 +61,7 @@ bool saveScreenshots(const QString& dirPath, kdx::Workspace& ws)
 
 int main(int argc, char** argv)
 {
+    kdx::installTerminateReport("kdxtool");
     // --help and --version print and exit inside parser.process(); they need no display,
     // so they get a plain application and work on a machine without one.
     const bool textOnly = std::any_of(argv + 1, argv + argc, [](const char* arg) {
@@ -124,16 +127,20 @@ int main(int argc, char** argv)
     kdx::Application program(port, dialogs, keys);
     dialogs.setParent(&program.main);
     program.onEnded = [] { QCoreApplication::quit(); };
-    program.Form_Load();
-    if (!simulate.isEmpty())
-        program.comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
-    else if (!portPath.isEmpty())
-        program.comms.selectPortByName(portPath.toStdString());
+    // Start-up runs through the handlers' guard too: whatever a port or a file does, the
+    // program comes up.
+    kdx::guarded([&] { program.Form_Load(); });
+    kdx::guarded([&] {
+        if (!simulate.isEmpty())
+            program.comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
+        else if (!portPath.isEmpty())
+            program.comms.selectPortByName(portPath.toStdString());
+    });
     const QStringList files = parser.positionalArguments();
     if (!files.isEmpty()) {
         QString path = files.first();
         if (!(path.startsWith('"') && path.endsWith('"') && path.size() >= 2)) path = '"' + path + '"';
-        program.main.handleCommandLine(path.toStdString());
+        kdx::guarded([&] { program.main.handleCommandLine(path.toStdString()); });
     }
     if (!screenshotDir.isEmpty()) {
         // As a user would: once the configuration is read, pick motor 1 for tuning.

@@ -3,12 +3,10 @@
 #include "core/atomic_file.h"
 #include "core/host_error.h"
 #include "core/host_numeric.h"
+#include "core/read_file.h"
 #include "platform/dialogs.h"
 
 #include <cctype>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 
 namespace kdx {
 
@@ -138,31 +136,16 @@ bool applyConfigLoad(const ConfigLoad& load, MemoryImage& image, bool secondMoto
 
 ConfigLoad loadConfigFile(const std::string& path, bool targetIsQVane)
 {
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    if (!f) return failed(ConfigLoadError::Open, "Error opening config file: " + std::string(std::strerror(errno)), box::OkOnly);
-    std::vector<uint8_t> bytes;
-    uint8_t chunk[4096];
-    bool readError = false;
-    int err = 0;
-    for (;;) {
-        const std::size_t n = std::fread(chunk, 1, sizeof chunk, f);
-        bytes.insert(bytes.end(), chunk, chunk + n);
-        if (n < sizeof chunk) {
-            if (std::ferror(f)) {
-                readError = true;
-                err = errno;
-            }
-            break;
-        }
-        if (bytes.size() > kMaxFileBytes) {
-            readError = true;
-            err = EFBIG;
-            break;
-        }
+    const FileBytes file = readFileBytes(path, kMaxFileBytes);
+    switch (file.failure) {
+    case FileBytes::Failure::Open:
+        return failed(ConfigLoadError::Open, "Error opening config file: " + file.reason, box::OkOnly);
+    case FileBytes::Failure::Read:
+        return failed(ConfigLoadError::Read, "Error reading file: " + file.reason, box::OkOnly);
+    case FileBytes::Failure::None:
+        break;
     }
-    std::fclose(f);
-    if (readError) return failed(ConfigLoadError::Read, "Error reading file: " + std::string(std::strerror(err)), box::OkOnly);
-    return parseConfigFile(bytes, targetIsQVane);
+    return parseConfigFile(file.bytes, targetIsQVane);
 }
 
 std::optional<MessageBoxText> saveConfigFile(const std::string& path, const MemoryImage& image, bool twoAxis)

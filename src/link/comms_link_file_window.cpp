@@ -4,6 +4,7 @@
 
 #include "platform/dialogs.h"
 #include "platform/qt_guard.h"
+#include "widgets/face_colour.h"
 
 #include <QDir>
 #include <QGridLayout>
@@ -150,13 +151,7 @@ void CommsLink::buildFileFrame()
 
 void CommsLink::showDoingInFile(bool playing)
 {
-    const Rgb c = fromBgr(playing ? PlayingColour : IdleColour);
-    const QColor colour(c.r, c.g, c.b);
-    QPalette p = DoingInFile->palette();
-    if (DoingInFile->autoFillBackground() && p.color(QPalette::Window) == colour) return;
-    p.setColor(QPalette::Window, colour);
-    DoingInFile->setAutoFillBackground(true);
-    DoingInFile->setPalette(p);
+    paintFace(DoingInFile, playing ? PlayingColour : IdleColour);
 }
 
 void CommsLink::SetInputFilename(const std::string& name)
@@ -258,7 +253,10 @@ void CommsLink::FileInputTimer_Timer()
     if (t.reachedEnd) {
         const std::string error = playback_.readError();
         StopLogIn_Click();
-        if (!error.empty()) postBox(std::string(kReadErrorPrefix) + error, box::Critical, std::string(kFileErrorTitle));
+        if (!error.empty())
+            readErrorBox_.post([this, error] {
+                dialogs_.MsgBox(std::string(kReadErrorPrefix) + error, box::Critical, std::string(kFileErrorTitle));
+            });
     } else if (t.held) {
         // Nothing goes to a held receiver, or it would drop every message until the
         // watchdog's tick, which at "Max" is minutes of recording. That tick resumes.
@@ -302,7 +300,8 @@ void CommsLink::finishTrim()
 {
     trimTimer_->stop();
     StopLogIn_Click();
-    if (!trim_.result().ok) postBox(std::string(trim::ErrorText), box::OkOnly, std::string(kTrimErrorTitle));
+    if (!trim_.result().ok)
+        trimErrorBox_.post([this] { dialogs_.MsgBox(std::string(trim::ErrorText), box::OkOnly, std::string(kTrimErrorTitle)); });
 }
 
 } // namespace kdx

@@ -6,6 +6,7 @@
 #include "platform/qt_guard.h"
 #include "platform/qt_window_close.h"
 #include "platform/serial_port.h"
+#include "widgets/face_colour.h"
 
 #include <QCloseEvent>
 #include <QGroupBox>
@@ -274,13 +275,11 @@ void CommsLink::SendMessage(const OutMsgBuffer& msg)
         showStatus();
         // Senders run from timers too (the gain message, the test commands).
         if (lostPort_ == 0)
-            postBox("Error writing to comms port: " + error + ". Please reselect comms port", box::Critical, "Comms Port");
+            writeErrorBox_.post([this, error] {
+                dialogs_.MsgBox("Error writing to comms port: " + error + ". Please reselect comms port", box::Critical,
+                                "Comms Port");
+            });
     }
-}
-
-void CommsLink::postBox(const std::string& prompt, int style, const std::string& title)
-{
-    QTimer::singleShot(0, this, [this, prompt, style, title] { guarded([&] { dialogs_.MsgBox(prompt, style, title); }); });
 }
 
 void CommsLink::onPortBytes(std::span<const uint8_t> bytes)

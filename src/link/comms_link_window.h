@@ -9,6 +9,7 @@
 #include "link/playback.h"
 #include "link/receiver.h"
 #include "link/trim.h"
+#include "widgets/posted_box.h"
 
 #include <QWidget>
 
@@ -149,7 +150,6 @@ private:
     void checkPortButton(int port);
     void showPortButton(int port, bool available);
     // A box shown once the handler that found the fault has returned.
-    void postBox(const std::string& prompt, int style, const std::string& title);
     void finishTrim();
     void showStatus();
     void buildFileFrame();
@@ -173,6 +173,10 @@ private:
     TrimCopy trim_;
     QTimer* trimTimer_ = nullptr;
     MessagePacer pacer_{MaxRateMessagesPerSecond, MaxRateBurst};
+    // Raised by senders on timers and the receive path, and by the playback timer.
+    PostedBox writeErrorBox_{this};
+    PostedBox readErrorBox_{this};
+    PostedBox trimErrorBox_{this}; // the copy runs on a timer
 };
 
 } // namespace kdx

@@ -1,6 +1,6 @@
 #include "mainwindow/click_label.h"
 
-#include "core/colour.h"
+#include "widgets/face_colour.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -18,16 +18,7 @@ ClickLabel::ClickLabel(QWidget* parent) : QLabel(parent)
     setAutoFillBackground(true);
 }
 
-void ClickLabel::setBackColour(uint32_t bgr)
-{
-    const Rgb c = fromBgr(bgr);
-    QPalette p = palette();
-    const QColor colour(c.r, c.g, c.b);
-    if (p.color(QPalette::Window) == colour) return;
-    p.setColor(QPalette::Window, colour);
-    p.setColor(QPalette::WindowText, Qt::black);
-    setPalette(p);
-}
+void ClickLabel::setBackColour(uint32_t bgr) { paintFace(this, bgr); }
 
 void ClickLabel::mouseReleaseEvent(QMouseEvent* event)
 {

@@ -14,6 +14,7 @@
 #include "telemetry/telemetry_setup_window.h"
 #include "tuning/gain_message.h"
 #include "tuning/graph_win_window.h"
+#include "widgets/face_colour.h"
 #include "windows/about_window.h"
 #include "windows/debug_display_window.h"
 #include "windows/pup_wait.h"
@@ -32,19 +33,6 @@
 namespace kdx {
 
 namespace {
-
-void paintBack(QWidget* w, uint32_t bgr)
-{
-    const Rgb c = fromBgr(bgr);
-    const QColor colour(c.r, c.g, c.b);
-    QPalette p = w->palette();
-    if (p.color(QPalette::Button) == colour && w->autoFillBackground()) return;
-    p.setColor(QPalette::Button, colour);
-    p.setColor(QPalette::Window, colour);
-    p.setColor(QPalette::ButtonText, Qt::black);
-    w->setAutoFillBackground(true);
-    w->setPalette(p);
-}
 
 constexpr const char* kCaption = "KDX Tool";
 
@@ -76,7 +64,7 @@ MainEntry::MainEntry(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(
     setWindowTitle(kCaption);
     buildControls();
     buildMenus();
-    paintBack(WriteConfigcb, colours::LightGrey); // nothing to write before a read, load or edit
+    paintFace(WriteConfigcb, colours::LightGrey); // nothing to write before a read, load or edit
     setFormWidthTwips(TwoMotorWidthTwips);
 
     CommsQualityTmr = new QTimer(this);
@@ -211,6 +199,8 @@ void MainEntry::RequestMemoryRead(bool /*flag: kept in the interface, unused*/)
     MemReqTimer->stop();
     MemReqtb->setText(QString::fromUtf8(memreq::Reading.data(), memreq::Reading.size()));
     MemReqTimer->start();
+    memoryRequestPending_ = true;
+    UnrequestedReplylb->setVisible(false);
 }
 
 void MainEntry::RequestMemoryWrite()
@@ -219,6 +209,8 @@ void MainEntry::RequestMemoryWrite()
     SendMessage();
     MemReqtb->setText(QString::fromUtf8(memreq::Writing.data(), memreq::Writing.size()));
     MemReqTimer->start();
+    memoryRequestPending_ = true;
+    UnrequestedReplylb->setVisible(false);
 }
 
 void MainEntry::ReadConfigcb_Click() { RequestMemoryRead(true); }
@@ -233,6 +225,7 @@ void MainEntry::MemReqTimer_Timer()
 {
     MemReqtb->setText(QString::fromUtf8(memreq::TimedOut.data(), memreq::TimedOut.size()));
     MemReqTimer->stop();
+    memoryRequestPending_ = false; // an answer after this came too late to be the one asked for
 }
 
 void MainEntry::PutMemoryMsg(const MsgView& msg)
@@ -241,6 +234,7 @@ void MainEntry::PutMemoryMsg(const MsgView& msg)
     MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
     MemReqTimer->stop();
     config_.acceptNewImage();
+    noteMemoryReply();
 }
 
 void MainEntry::PutAxisMemoryMsg(const MsgView& msg)
@@ -250,11 +244,20 @@ void MainEntry::PutAxisMemoryMsg(const MsgView& msg)
     MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
     MemReqTimer->stop();
     config_.acceptNewImage();
+    noteMemoryReply();
+}
+
+// An unrequested reply is taken like a requested one, as the module's protocol has it;
+// only the notice tells the two apart, before anyone writes what it brought.
+void MainEntry::noteMemoryReply()
+{
+    UnrequestedReplylb->setVisible(!memoryRequestPending_);
+    memoryRequestPending_ = false;
 }
 
 void MainEntry::SetDataModified(bool flag)
 {
-    paintBack(WriteConfigcb, flag ? colours::Green : colours::LightGrey);
+    paintFace(WriteConfigcb, flag ? colours::Green : colours::LightGrey);
     if (flag) MemReqtb->setText(QString::fromUtf8(memreq::WriteToApply.data(), memreq::WriteToApply.size()));
 }
 
@@ -427,8 +430,8 @@ void MainEntry::TestRatetb_Click()
 void MainEntry::UpdateTestButtons()
 {
     for (int m = 0; m < 2; ++m) {
-        paintBack(TestOffcb[static_cast<std::size_t>(m)], testMode_.TestOffcbColour(m));
-        paintBack(Testcb[static_cast<std::size_t>(m)], testMode_.TestcbColour(m));
+        paintFace(TestOffcb[static_cast<std::size_t>(m)], testMode_.TestOffcbColour(m));
+        paintFace(Testcb[static_cast<std::size_t>(m)], testMode_.TestcbColour(m));
     }
 }
 
@@ -553,7 +556,7 @@ void MainEntry::ShowQVaneAxis(int axis)
     LastQVaneAxis = axis;
     if (ws_.graph) ws_.graph->SetEnable(false);
     for (int i = 0; i < 3; ++i)
-        paintBack(KDXAxisSelcb[static_cast<std::size_t>(i)], i == axis ? colours::Green : colours::LightGrey);
+        paintFace(KDXAxisSelcb[static_cast<std::size_t>(i)], i == axis ? colours::Green : colours::LightGrey);
 }
 
 void MainEntry::ShowVersion(int major, int minor)

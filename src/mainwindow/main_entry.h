@@ -138,6 +138,9 @@ public:
     QTimer* CommsQualityTmr = nullptr;
     QTimer* MemReqTimer = nullptr;
     QLabel* MemReqtb = nullptr;
+    // Beside MemReqtb: the configuration shown came in a memory-contents message that no
+    // read or write asked for (noise can form one). Shown until the next read or write.
+    QLabel* UnrequestedReplylb = nullptr;
     QPushButton* ReadConfigcb = nullptr;
     QPushButton* WriteConfigcb = nullptr;
     QPushButton* LoadConfigcb = nullptr;
@@ -183,6 +186,9 @@ private:
     void showWaitWindow();
     void RequestMemoryRead(bool flag);
     void RequestMemoryWrite();
+    // After a memory-contents message has replaced the configuration: says so beside
+    // MemReqtb when no read or write was waiting for it.
+    void noteMemoryReply();
     void SetDataModified(bool flag);
     bool ConfirmReadOverChanges();
     void loadConfigFrom(const std::string& path);
@@ -234,6 +240,7 @@ private:
     int shownMajor_ = -1, shownMinor_ = -1;
     int LastQVaneAxis = -1;
     bool quitting_ = false;
+    bool memoryRequestPending_ = false; // a read or write waits for its answer
     TestMode testMode_;
     std::optional<bool> motorOneShown_; // as the last direct message or target change left them
     // The wait window made here when the composition root has none.

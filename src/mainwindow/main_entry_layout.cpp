@@ -207,7 +207,22 @@ void MainEntry::buildControls()
     transfer->addWidget(SaveConfigcb, 1, 1);
     MemReqtb = new QLabel(transferBox);
     MemReqtb->setObjectName("MemReqtb");
-    transfer->addWidget(MemReqtb, 2, 0, 1, 2);
+    UnrequestedReplylb = new QLabel("Replaced by a reply nobody asked for", transferBox);
+    UnrequestedReplylb->setObjectName("UnrequestedReplylb");
+    UnrequestedReplylb->setToolTip("The configuration shown came in a memory message that no read or write asked "
+                                   "for; noise on the line can form one. Read the module again before writing.");
+    UnrequestedReplylb->setWordWrap(true);
+    QPalette warning = UnrequestedReplylb->palette();
+    warning.setColor(QPalette::WindowText, QColor(0xC0, 0, 0));
+    UnrequestedReplylb->setPalette(warning);
+    QFont bold = UnrequestedReplylb->font();
+    bold.setBold(true);
+    UnrequestedReplylb->setFont(bold);
+    UnrequestedReplylb->setVisible(false);
+    auto* status = new QHBoxLayout;
+    status->addWidget(MemReqtb);
+    status->addWidget(UnrequestedReplylb, 1);
+    transfer->addLayout(status, 2, 0, 1, 2);
     shared->addWidget(transferBox);
 
     shared->addWidget(buildTestFrame(central));

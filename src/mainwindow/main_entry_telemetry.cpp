@@ -10,6 +10,7 @@
 #include "telemetry/log_line.h"
 #include "telemetry/telemetry_setup_window.h"
 #include "tuning/graph_win_window.h"
+#include "widgets/face_colour.h"
 
 #include <QFontMetrics>
 #include <QGroupBox>
@@ -29,19 +30,6 @@ void setCaption(QLabel* l, const std::string& text)
 {
     const QString t = QString::fromStdString(text);
     if (l->text() != t) l->setText(t); // a label is repainted only when its text changes
-}
-
-void paint(QWidget* w, uint32_t bgr)
-{
-    const Rgb c = fromBgr(bgr);
-    const QColor colour(c.r, c.g, c.b);
-    QPalette p = w->palette();
-    if (w->autoFillBackground() && p.color(QPalette::Button) == colour) return;
-    p.setColor(QPalette::Button, colour);
-    p.setColor(QPalette::Window, colour);
-    p.setColor(QPalette::ButtonText, Qt::black);
-    w->setAutoFillBackground(true);
-    w->setPalette(p);
 }
 
 } // namespace
@@ -132,7 +120,7 @@ void MainEntry::ShowLiveValues()
         setCaption(ExtGaintb[m], c.ExtGaintb);
         setCaption(AxisPowertb[m], c.AxisPowertb);
         setCaption(AxisAngletb[m], c.AxisAngletb);
-        paint(TestDrivecb[m], c.TestDrivecbColour);
+        paintFace(TestDrivecb[m], c.TestDrivecbColour);
     }
     setCaption(Voltagetb, captions_.Voltagetb);
     setCaption(Switchtb, captions_.Switchtb);
@@ -140,7 +128,7 @@ void MainEntry::ShowLiveValues()
     if (shownSelectedValid_.changed(live.SelectedInputValid) && ws_.graph)
         ws_.graph->SetInputValid(live.SelectedInputValid);
     for (std::size_t i = 0; i < 3; ++i)
-        if (shownValid_[i].changed(live.InputValid[i])) paint(Validitiescb[i], validityColour(live.InputValid[i]));
+        if (shownValid_[i].changed(live.InputValid[i])) paintFace(Validitiescb[i], validityColour(live.InputValid[i]));
     DebIDtb->setCaption(QString::number(config_.debugId()));
 }
 

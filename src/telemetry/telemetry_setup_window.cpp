@@ -6,6 +6,7 @@
 #include "platform/qt_window_close.h"
 #include "telemetry/log_file_name.h"
 #include "telemetry/log_line.h"
+#include "widgets/face_colour.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -44,19 +45,6 @@ std::string localPath(std::string_view path)
     }
     return std::string(path);
 #endif
-}
-
-void paint(QPushButton* b, uint32_t bgr)
-{
-    const Rgb c = fromBgr(bgr);
-    const QColor colour(c.r, c.g, c.b);
-    QPalette p = b->palette();
-    if (b->autoFillBackground() && p.color(QPalette::Button) == colour) return;
-    p.setColor(QPalette::Button, colour);
-    p.setColor(QPalette::Window, colour);
-    p.setColor(QPalette::ButtonText, Qt::black);
-    b->setAutoFillBackground(true);
-    b->setPalette(p);
 }
 
 QPushButton* button(const char* name, const char* caption, QWidget* parent)
@@ -235,7 +223,9 @@ void TelemetrySetup::writeFailed()
     FlushTimer->stop();
     showState();
     NextLogFile_Click();
-    dialogs_.MsgBox(log_.writeError(), box::Critical, std::string(LogWriter::WriteErrorTitle));
+    writeFailedBox_.post([this, error = log_.writeError()] {
+        dialogs_.MsgBox(error, box::Critical, std::string(LogWriter::WriteErrorTitle));
+    });
 }
 
 void TelemetrySetup::showLogEvents()
@@ -248,9 +238,9 @@ void TelemetrySetup::showState()
 {
     const bool logging = log_.GetLoggingDataToFile();
     const bool paused = logging && log_.paused();
-    paint(StartLog, logging && !paused ? colours::Green : colours::LightGrey);
-    paint(PauseLog, paused ? colours::Green : colours::LightGrey);
-    paint(StopLog, colours::LightGrey);
+    paintFace(StartLog, logging && !paused ? colours::Green : colours::LightGrey);
+    paintFace(PauseLog, paused ? colours::Green : colours::LightGrey);
+    paintFace(StopLog, colours::LightGrey);
     NextLogFile->setEnabled(!logging);
 }
 

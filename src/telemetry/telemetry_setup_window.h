@@ -3,6 +3,7 @@
 // file names and shows how many lines went in. The file itself is a LogWriter; this
 // window owns the controls, the name and the boxes.
 #include "telemetry/log_writer.h"
+#include "widgets/posted_box.h"
 
 #include <QMainWindow>
 
@@ -94,6 +95,7 @@ private:
     std::function<std::string()> header_;
     std::string dialogFileName_; // the file dialog's file name, kept as the dialog keeps it
     bool unloading_ = false;
+    PostedBox writeFailedBox_{this}; // raised by a telemetry line or the flush timer
 };
 
 } // namespace kdx

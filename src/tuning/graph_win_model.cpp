@@ -3,8 +3,6 @@
 #include "core/atomic_file.h"
 #include "tuning/tuning_texts.h"
 
-#include <fstream>
-#include <iterator>
 #include <vector>
 
 namespace kdx {
@@ -76,12 +74,12 @@ void GraphWinModel::LoadTracecb_Click()
 
 bool GraphWinModel::LoadTraceFile(const std::string& path)
 {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) return false;
-    const std::vector<uint8_t> bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    if (in.bad()) return false;
-    LoadTraceBytes(bytes);
-    return true;
+    std::vector<uint8_t> bytes;
+    std::optional<std::string> error = readTuningFileBytes(path, bytes);
+    if (!error && !LoadTraceBytes(bytes).headerRead) error = tuningFileReadError(path, tuning_file::NoTuningData);
+    if (!error) return true;
+    dialogs_.MsgBox(*error, box::OkOnly, std::string(tuning_file::ReadErrorTitle));
+    return false;
 }
 
 TuningFileLoad GraphWinModel::LoadTraceBytes(std::span<const uint8_t> bytes)

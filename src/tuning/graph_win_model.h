@@ -56,7 +56,8 @@ public:
     std::string traceFileText() const;
     // Load button and menu: asks for a name (cancel does nothing), then LoadTraceFile.
     void LoadTracecb_Click();
-    // Loads a named file (also LoadTuningFileOnInit). False when it cannot be read.
+    // Loads a named file (also LoadTuningFileOnInit). False, after the "File Read" box
+    // naming the file and the reason, when it cannot be read or holds no tuning data.
     bool LoadTraceFile(const std::string& path);
     // Loads tuning-file bytes: capture stopped, buffer filled, gains into memory #1,
     // duration chosen to show every loaded sample, graph and panel refreshed.

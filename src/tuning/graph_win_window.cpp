@@ -8,6 +8,7 @@
 #include "tuning/graph_view_window.h"
 #include "tuning/graph_win_model.h"
 #include "tuning/tuning_texts.h"
+#include "widgets/face_colour.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -41,21 +42,6 @@ QColor qcolour(uint32_t bgr)
 {
     const Rgb c = fromBgr(bgr);
     return QColor(c.r, c.g, c.b);
-}
-
-// Paints a control's face; a face that already has the colour is left alone, so an
-// unchanged state costs no repaint.
-void paintBack(QWidget* w, uint32_t bgr)
-{
-    const QColor colour = qcolour(bgr);
-    const QPalette& now = w->palette();
-    if (w->autoFillBackground() && now.color(QPalette::Button) == colour) return;
-    QPalette p = now;
-    p.setColor(QPalette::Button, colour);
-    p.setColor(QPalette::Window, colour);
-    p.setColor(QPalette::ButtonText, Qt::black);
-    w->setAutoFillBackground(true);
-    w->setPalette(p);
 }
 
 void setCaption(QPushButton* b, std::string_view caption)
@@ -400,15 +386,15 @@ void GraphWin::buildMenus()
 void GraphWin::showCapture()
 {
     const CaptureFaces& f = model_->capture().faces();
-    paintBack(RepeatTrigcb, f.RepeatTrigcb);
-    paintBack(NowTrigcb, f.NowTrigcb);
-    paintBack(StopTracecb, f.StopTracecb);
+    paintFace(RepeatTrigcb, f.RepeatTrigcb);
+    paintFace(NowTrigcb, f.NowTrigcb);
+    paintFace(StopTracecb, f.StopTracecb);
     setCaption(StopTracecb, f.StopTracecbCaption);
-    for (std::size_t i = 0; i < TraceDurationcb.size(); ++i) paintBack(TraceDurationcb[i], f.TraceDurationcb[i]);
-    paintBack(DisplayClearcb, f.DisplayClearcb);
+    for (std::size_t i = 0; i < TraceDurationcb.size(); ++i) paintFace(TraceDurationcb[i], f.TraceDurationcb[i]);
+    paintFace(DisplayClearcb, f.DisplayClearcb);
     setCaption(DisplayClearcb, f.DisplayClearcbCaption);
-    paintBack(AutoScalecb, f.AutoScalecb);
-    paintBack(DefaultScalecb, f.DefaultScalecb);
+    paintFace(AutoScalecb, f.AutoScalecb);
+    paintFace(DefaultScalecb, f.DefaultScalecb);
 }
 
 void GraphWin::showGains()
@@ -417,13 +403,13 @@ void GraphWin::showGains()
     const GainPanelFaces& f = panel.faces();
     for (const GainRow& r : kGainRows)
         (this->*r.label)->setCaption(QString::fromStdString(f.captions[static_cast<std::size_t>(r.gain)]));
-    paintBack(SaveGaincb, f.SaveGaincb);
+    paintFace(SaveGaincb, f.SaveGaincb);
     for (std::size_t i = 0; i < MemStorecb.size(); ++i) {
-        paintBack(MemStorecb[i], f.MemStorecb[i]);
-        paintBack(MemReccb[i], f.MemReccb[i]);
+        paintFace(MemStorecb[i], f.MemStorecb[i]);
+        paintFace(MemReccb[i], f.MemReccb[i]);
     }
-    for (std::size_t i = 0; i < MotorSelcb.size(); ++i) paintBack(MotorSelcb[i], f.MotorSelcb[i]);
-    paintBack(Enablecb, f.Enablecb);
+    for (std::size_t i = 0; i < MotorSelcb.size(); ++i) paintFace(MotorSelcb[i], f.MotorSelcb[i]);
+    paintFace(Enablecb, f.Enablecb);
 
     const bool enabled = panel.gainMsgEnabled();
     if (Enablecb->isChecked() != enabled) {
@@ -463,7 +449,10 @@ void GraphWin::SetEnable(bool flag)
     showGains();
 }
 
-void GraphWin::PutCommsJustWentBad() { model_->PutCommsJustWentBad(ws_.main && ws_.main->GetDataModified()); }
+void GraphWin::PutCommsJustWentBad()
+{
+    disconnectedBox_.post([this] { model_->PutCommsJustWentBad(ws_.main && ws_.main->GetDataModified()); });
+}
 
 bool GraphWin::GetDataModified() const { return model_->GetDataModified(); }
 
@@ -486,7 +475,7 @@ void GraphWin::SetInputValid(bool valid)
 {
     if (shownInputValid_ == valid) return;
     shownInputValid_ = valid;
-    paintBack(InputValidInd, valid ? colours::Green : colours::Red);
+    paintFace(InputValidInd, valid ? colours::Green : colours::Red);
 }
 
 void GraphWin::unload()

@@ -6,6 +6,7 @@
 #include "mainwindow/workspace.h"
 #include "tuning/gain_set.h"
 #include "tuning/graph_canvas.h"
+#include "widgets/posted_box.h"
 
 #include <QMainWindow>
 
@@ -41,7 +42,8 @@ public:
     void PutSample(int motor, float rate, float error);
     // Unticks "Enab" and stops the gain message; the flag is ignored, every call disables.
     void SetEnable(bool flag);
-    // The link timed out: warns when modified gains (here or in the main window) were in use.
+    // The link timed out: warns, once the watchdog's tick has returned, when modified gains
+    // (here or in the main window) were in use.
     void PutCommsJustWentBad();
     // Tuned gains not yet written back to the main window's configuration.
     bool GetDataModified() const;
@@ -171,6 +173,7 @@ private:
     bool unloading_ = false;
     std::optional<bool> shownInputValid_;
     std::array<QWidget*, 2> labelColumn_{}; // hold Y1lb left of the graph, Y2lb right of it
+    PostedBox disconnectedBox_{this}; // raised by the link's watchdog timer
 };
 
 } // namespace kdx

@@ -2,6 +2,7 @@
 
 #include "core/host_error.h"
 #include "core/host_numeric.h"
+#include "core/read_file.h"
 #include "tuning/item_reader.h"
 #include "tuning/tuning_texts.h"
 
@@ -84,6 +85,19 @@ TuningFileLoad readTuningFile(std::span<const uint8_t> bytes, TraceBuffer& trace
     } catch (const HostError&) {
     }
     return result;
+}
+
+std::string tuningFileReadError(const std::string& path, std::string_view reason)
+{
+    return std::string(tuning_file::ReadErrorPrefix) + path + ": " + std::string(reason);
+}
+
+std::optional<std::string> readTuningFileBytes(const std::string& path, std::vector<uint8_t>& bytes)
+{
+    FileBytes file = readFileBytes(path, tuning_file::MaxBytes);
+    if (!file.ok()) return tuningFileReadError(path, file.reason);
+    bytes = std::move(file.bytes);
+    return std::nullopt;
 }
 
 } // namespace kdx

@@ -13,8 +13,19 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace kdx {
+
+namespace tuning_file {
+// The box of a load that failed names the file and the reason.
+inline constexpr std::string_view ReadErrorTitle = "File Read";
+inline constexpr std::string_view ReadErrorPrefix = "Error reading tuning file ";
+inline constexpr std::string_view NoTuningData = "no tuning data in it";
+// No tuning file comes near this; anything larger is refused before it fills memory.
+inline constexpr std::size_t MaxBytes = 16u << 20;
+} // namespace tuning_file
 
 // The file's bytes for samples 0..lastIndex of the buffer and the panel's gains.
 // lastIndex outside 0..6000 is a subscript error.
@@ -40,5 +51,12 @@ struct TuningFileLoad {
 // Never throws: any bytes load what they can.
 TuningFileLoad readTuningFile(std::span<const uint8_t> bytes, TraceBuffer& traces,
                               const std::function<void()>& resetTrace);
+
+// The text of the "File Read" box: "Error reading tuning file PATH: REASON".
+std::string tuningFileReadError(const std::string& path, std::string_view reason);
+
+// Reads the file at `path` whole into `bytes`. A file that cannot be opened or read (a
+// folder, a device failing with an I/O error) gives the box text instead; nothing throws.
+std::optional<std::string> readTuningFileBytes(const std::string& path, std::vector<uint8_t>& bytes);
 
 } // namespace kdx

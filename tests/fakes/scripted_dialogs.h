@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -28,10 +29,13 @@ public:
     std::vector<std::string> inputDefaults;
     std::vector<FileDialogRequest> fileRequests;
     bool failOnUnexpected = true;
+    // Runs while a message box is open, as the box's own event loop runs the program then.
+    std::function<void(const ShownBox&)> whileOpen;
 
     Answer MsgBox(const std::string& prompt, int style, const std::string& title) override
     {
         boxes.push_back({prompt, style, title});
+        if (whileOpen) whileOpen(ShownBox(boxes.back()));
         if ((style & 7) == box::OkOnly) return Answer::Ok;
         if (answers.empty()) {
             if (failOnUnexpected) ADD_FAILURE() << "unexpected question: " << prompt;

@@ -3,6 +3,7 @@
 #include "mainwindow/click_label.h"
 #include "telemetry/cyclic_frames.h"
 
+#include <QCoreApplication>
 #include <QAction>
 #include <QCheckBox>
 #include <QDir>
@@ -99,6 +100,33 @@ TEST(MainEntryWindow, ReadTimesOutWithoutAnswer)
     r.main.MemReqTimer_Timer();
     EXPECT_EQ(r.main.MemReqtb->text(), " Timed out");
     EXPECT_FALSE(r.main.MemReqTimer->isActive());
+}
+
+// Noise on the line can form a memory message with a good checksum. It is taken like an
+// answer, and the window says where the user looks before writing that nobody asked.
+TEST(MainEntryWindow, AReplyNobodyAskedForIsMarkedUntilTheNextReadOrWrite)
+{
+    Rig r;
+    std::vector<uint8_t> forged(60, 0x11), relayed(32, 0x22);
+    struct Step { const char* what; std::function<void()> act; bool marked; const char* status; };
+    const Step steps[] = {
+        {"a reply with no request", [&] { r.answerMemory(forged); }, true, "OK"},
+        {"Read", [&] { r.main.ReadConfigcb_Click(); }, false, "Reading ..."},
+        {"its answer", [&] { r.answerMemory(sampleImage()); }, false, "OK"},
+        {"a second answer", [&] { r.answerMemory(forged); }, true, "OK"},
+        {"Write", [&] { r.main.WriteConfigcb_Click(); }, false, "Writing ..."},
+        {"the time-out", [&] { r.main.MemReqTimer_Timer(); }, false, " Timed out"},
+        {"a relayed reply after it", [&] { r.port.deliver(buildFrame(137, relayed)); }, true, "OK"},
+        {"a short reply after a read", [&] { r.main.ReadConfigcb_Click(); r.answerMemory({1, 2}); }, false, "Reading ..."},
+    };
+    for (const Step& step : steps) {
+        step.act();
+        r.comms.CommsTimeout_Timer(); // clears the receiver's guard after an abandoned message
+        EXPECT_EQ(r.main.UnrequestedReplylb->isVisibleTo(&r.main), step.marked) << step.what;
+        EXPECT_EQ(r.main.MemReqtb->text().toStdString(), step.status) << step.what;
+    }
+    EXPECT_EQ(r.main.config().image()[10], 0x22) << "the relayed reply was taken all the same";
+    EXPECT_EQ(r.main.WriteConfigcb->palette().color(QPalette::Button), QColor(0xC0, 0xC0, 0xC0));
 }
 
 TEST(MainEntryWindow, ShortMemoryMessageAbandonsTheHandlerAndTheProgramGoesOn)
@@ -200,6 +228,7 @@ TEST(MainEntryWindow, MessageBoxesCarryTheSystemsWordsTitlesAndIcons)
              r.edit(ParamLabel::PTermtb, "60");
              r.comms.CommsTimeout_Timer();
              r.comms.CommsTimeout_Timer();
+             QCoreApplication::sendPostedEvents(); // the watchdog's box opens once its tick returned
          },
          "Warning : Modified gain settings were being used which have not been written to the module.",
          "KDX Disconnected", 16},

@@ -2,22 +2,22 @@
 // program's timers called at their moments of simulated time: the module restarting into
 // its bootloader, a save that fails half-way, a log on a disk that fills.
 #include "core/atomic_file.h"
+#include "fakes/file_size_limit.h"
 #include "fakes/program_rig.h"
 #include "sim/simulator.h"
 #include "telemetry/telemetry_log_stream.h"
 #include "tuning/graph_win_model.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QLabel>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <sys/resource.h>
 
 using namespace kdx;
 using namespace kdx::test;
@@ -65,6 +65,7 @@ struct Program : ProgramRig, LinkLossListener {
                 comms.CommsTimeout_Timer();
                 main.CommsQualityTmr_Timer();
             }
+            QCoreApplication::sendPostedEvents(); // back in the event loop: posted boxes open
         }
     }
 };
@@ -196,20 +197,16 @@ TEST(ProgramFaultWindow, ALogOnADiskThatFillsStopsWithOneMessageAndKeepsEveryLin
     ASSERT_TRUE(p.logging.GetLoggingDataToFile());
     const std::size_t heardAtStart = p.heard.size();
 
-    rlimit old{};
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
-    auto* oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit full = old;
-    full.rlim_cur = 40000; // about three seconds of lines
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
-    p.run(8.0);
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, oldHandler);
+    {
+        const FileSizeLimit full(40000); // about three seconds of lines
+        p.run(8.0);
+    }
 
     ASSERT_EQ(p.dialogs.boxes.size(), 1u) << "one message, however long the telemetry goes on";
     EXPECT_EQ(p.dialogs.boxes[0].prompt, "Error writing log file: File too large");
     EXPECT_EQ(p.dialogs.boxes[0].title, "File Write");
     EXPECT_FALSE(p.logging.GetLoggingDataToFile());
+    EXPECT_EQ(p.logging.logFileName(), QDir(dir.path()).filePath("Run2.csv").toStdString()) << "the next log is new";
 
     // The file is the header and the first lines of the log, each one whole.
     TelemetryLogStream reference;

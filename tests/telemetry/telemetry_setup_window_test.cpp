@@ -11,10 +11,6 @@
 #include <fstream>
 #include <iterator>
 
-#ifdef __linux__
-#include <csignal>
-#include <sys/resource.h>
-#endif
 
 using namespace kdx;
 using namespace kdx::test;
@@ -176,31 +172,3 @@ TEST(TelemetrySetupWindow, LinesReachTheDiskOnTheTickWhileTheCloseBoxOnlyHides)
     EXPECT_FALSE(r.win.GetLoggingDataToFile());
     EXPECT_EQ(read(p), kHeader + line(1) + line(2) + line(3));
 }
-
-#ifdef __linux__
-// A lowered file-size limit makes the kernel refuse writes past it, as a full disk does.
-TEST(TelemetrySetupWindow, AFullDiskStopsTheLogWithOneBoxAndANewName)
-{
-    Rig r;
-    r.choose(r.path("Run1.csv"));
-    r.win.StartLog_Click();
-    rlimit old{};
-    getrlimit(RLIMIT_FSIZE, &old);
-    auto* oldHandler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit tight = old;
-    tight.rlim_cur = kHeader.size() + line(1).size();
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &tight), 0);
-    for (int n = 1; n <= 5; ++n) {
-        r.now = n * 0.3;
-        r.win.PutStringToLog(line(n));
-        r.win.FlushTimer_Timer();
-    }
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, oldHandler);
-    ASSERT_EQ(r.dialogs.boxes.size(), 1u);
-    EXPECT_EQ(r.dialogs.boxes[0].title, "File Write");
-    EXPECT_FALSE(r.win.GetLoggingDataToFile());
-    EXPECT_EQ(r.shown(), r.path("Run2.csv"));
-    EXPECT_EQ(read(r.path("Run1.csv")), kHeader + line(1));
-}
-#endif

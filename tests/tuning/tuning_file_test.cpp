@@ -7,7 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 
 using namespace kdx;
 using namespace kdx::test;
@@ -148,11 +147,33 @@ TEST(TuningFile, AnyBytesLoadWhatTheyCanWithoutThrowing)
         EXPECT_EQ(load.pairsStored, c.pairs);
         EXPECT_EQ(t.RateTrace[0], c.rate0);
     }
-    std::mt19937 rng(7);
-    for (int n = 0; n < 200; ++n) {
-        std::string junk(rng() % 4000, '\0');
-        for (char& ch : junk) ch = static_cast<char>(rng() % 64 == 0 ? ',' : rng() % 256);
+}
+
+TEST(TuningFile, AFileThatCannotBeLoadedSaysWhichAndWhyAndLeavesTheDisplay)
+{
+    const auto dir = std::filesystem::temp_directory_path() / "kdx_tuning_load_test";
+    std::filesystem::create_directories(dir / "folder.btf");
+    std::ofstream(dir / "empty.btf").close();
+    struct Case { std::string path, reason; };
+    std::vector<Case> cases = {
+        {(dir / "folder.btf").string(), "Is a directory"},
+        {(dir / "missing.btf").string(), "No such file or directory"},
+        {(dir / "empty.btf").string(), "no tuning data in it"},
+    };
+#ifdef __linux__
+    cases.push_back({"/proc/self/mem", "Input/output error"}); // its first page is never mapped
+#endif
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
         Rig r;
-        EXPECT_NO_THROW(r.model->LoadTraceBytes(bytesOf(junk)));
+        r.t().RateTrace[0] = 9;
+        bool loaded = true;
+        EXPECT_NO_THROW(loaded = r.model->LoadTraceFile(c.path));
+        EXPECT_FALSE(loaded);
+        ASSERT_EQ(r.dialogs.boxes.size(), 1u);
+        EXPECT_EQ(r.dialogs.boxes[0].prompt, "Error reading tuning file " + c.path + ": " + c.reason);
+        EXPECT_EQ(r.dialogs.boxes[0].title, "File Read");
+        EXPECT_EQ(r.t().RateTrace[0], 9.0f);
     }
+    std::filesystem::remove_all(dir);
 }

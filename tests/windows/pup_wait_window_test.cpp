@@ -3,6 +3,7 @@
 #include "tuning/graph_win_model.h"
 
 #include <QAction>
+#include <QDir>
 #include <QLabel>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -175,5 +176,23 @@ TEST(MainEntryStartup, CommandLineOpensAFileByItsExactExtension)
         // A file just opened holds nothing to save: quitting asks nothing.
         EXPECT_TRUE(r.main.GoForQuit());
         EXPECT_TRUE(r.dialogs.boxes.empty());
+    }
+}
+
+// A folder given as the file once ended the program on an exception at start-up.
+TEST(MainEntryStartup, AFileOnTheCommandLineThatCannotBeReadIsReportedAndTheProgramGoesOn)
+{
+    QTemporaryDir dir;
+    for (const char* name : {"d.btf", "d.kdx"}) {
+        SCOPED_TRACE(name);
+        const std::string path = dir.filePath(name).toStdString();
+        ASSERT_TRUE(QDir().mkpath(QString::fromStdString(path)));
+        Rig r;
+        EXPECT_NO_THROW(r.main.handleCommandLine("\"" + path + "\""));
+        ASSERT_EQ(r.dialogs.boxes.size(), 1u);
+        EXPECT_EQ(r.dialogs.boxes[0].title, "File Read");
+        const std::string& prompt = r.dialogs.boxes[0].prompt;
+        EXPECT_EQ(prompt.substr(prompt.size() - 16), ": Is a directory") << prompt;
+        EXPECT_FALSE(r.main.GetGainsHaveBeenLoaded());
     }
 }
