@@ -40,8 +40,9 @@ void findDominant(std::span<const float> rate, SweepMetrics& m)
     for (float v : rate) mean += v;
     mean /= static_cast<double>(n);
     std::vector<double> x(n);
+    const double radiansPerSample = 2.0 * std::numbers::pi / static_cast<double>(n - 1);
     for (std::size_t i = 0; i < n; ++i) {
-        const double hann = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(n - 1));
+        const double hann = 0.5 - 0.5 * std::cos(radiansPerSample * static_cast<double>(i));
         x[i] = (rate[i] - mean) * hann;
     }
     const std::vector<double> power = powerSpectrum(x);
