@@ -6,6 +6,7 @@ namespace kdx::cli {
 namespace {
 
 const Command kCommands[] = {
+    {"analyse", "measures error, ringing and step response of tuning files and logs", kAnalyseSyntax, runAnalyse},
     {"decode", "turns a recorded byte stream into the telemetry log", kDecodeSyntax, runDecode},
     {"monitor", "prints live telemetry lines from a module or the simulated one", kMonitorSyntax, runMonitor},
     {"ports", "lists the serial ports", kPortsSyntax, runPorts},

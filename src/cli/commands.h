@@ -7,6 +7,7 @@
 
 namespace kdx::cli {
 
+extern const Syntax kAnalyseSyntax;
 extern const Syntax kDecodeSyntax;
 extern const Syntax kMonitorSyntax;
 extern const Syntax kPortsSyntax;
@@ -16,6 +17,7 @@ extern const Syntax kSimSyntax;
 extern const Syntax kTrimSyntax;
 extern const Syntax kWriteSyntax;
 
+int runAnalyse(const Arguments& args, CommandIo& io);
 int runDecode(const Arguments& args, CommandIo& io);
 int runMonitor(const Arguments& args, CommandIo& io);
 int runPorts(const Arguments& args, CommandIo& io);

@@ -154,11 +154,49 @@ inline void sendGains(SimLink& link, bool qvane, int index, const Gains& g)
     else link.send(115, g.payload(index));
 }
 
-inline double rms(const std::vector<double>& v)
+template <class T>
+double rms(const std::vector<T>& v)
 {
     double s = 0;
     for (double x : v) s += x * x;
     return v.empty() ? 0 : std::sqrt(s / static_cast<double>(v.size()));
+}
+
+// One motor of the simulated KDX, or one axis of the simulated Q-Vane.
+struct Axis {
+    const char* name;
+    bool qvane;
+    int index; // motor (direct) or axis (Q-Vane)
+};
+inline constexpr Axis kAxes[] = {{"direct motor 0 (tilt)", false, 0}, {"direct motor 1 (roll)", false, 1},
+                                 {"Q-Vane tilt", true, 0},           {"Q-Vane roll", true, 1},
+                                 {"Q-Vane pan", true, 2}};
+
+struct Trace {
+    std::vector<float> error, rate; // 100 samples per second, as the Tuning Display keeps them
+};
+
+// Seed 7; settles for a second, then records 10 s of the axis as decoded telemetry, with
+// `gains` sent every 40 ms as the tuning window does (none: the stored configuration).
+// With `tuningDrive` the drive is switched on at the start and steps the set point.
+inline Trace record(const Axis& a, const Gains* gains, bool tuningDrive = false)
+{
+    SimLink link(options(a.qvane, 7));
+    if (a.qvane) link.send(131 + a.index, {});
+    if (tuningDrive) {
+        if (a.qvane) link.send(130, {117, static_cast<uint8_t>(1 + 128 + 16 * a.index)});
+        else link.send(117, {static_cast<uint8_t>(1 << a.index)});
+    }
+    link.runSending(11.0, 0.04, [&] {
+        if (gains) sendGains(link, a.qvane, a.index, *gains);
+    });
+    Trace r;
+    for (const auto& s : link.cap.cyclic) {
+        if (s.t <= 1.005) continue; // the first sample after settling is at 1.01 s
+        r.error.push_back(s.error[a.qvane ? 0 : a.index]);
+        r.rate.push_back(s.rate[a.qvane ? 0 : a.index]);
+    }
+    return r;
 }
 
 } // namespace kdx::sim::test
