@@ -18,6 +18,7 @@ Application::Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, Log
     comms.setLinkLossListener(this);
     main.tuningDataModified = [this] { return graph.GetDataModified(); };
     main.unloadAll = [this] { unloadAll(); };
+    main.afterReveal = [this] { comms.keepInViewWhilePlaying(); }; // a recording playing keeps its controls at hand
     logging.setHeaderProvider([this] { return main.GetTelemetryFileTitles(); });
     debug.Form_Load();
     logging.Form_Load();

@@ -188,6 +188,7 @@ void CommsLink::StartLogIn_Click()
     showDoingInFile(true);
     FileInputTimer->start();
     PlaybackBusy = false;
+    updateLinkState();
     // KProcessedlab keeps its caption until the next whole kilobyte.
 }
 
@@ -207,6 +208,7 @@ void CommsLink::StopLogIn_Click()
     if (PlaybackActive) rx_.ResetSync(); // the port feeds the receiver again, from a start byte
     PlaybackActive = false;
     if (playback_.PlaybackPaused) PauseLogIn_Click();
+    updateLinkState();
 }
 
 void CommsLink::Rateob_Click(int index)

@@ -112,6 +112,8 @@ public:
     std::function<bool()> tuningDataModified;
     // Unloads the other windows and ends the program (set by the composition root).
     std::function<void()> unloadAll;
+    // Runs after SetDisplayVisible has revealed the working windows.
+    std::function<void()> afterReveal;
     bool StartupFileLoaded = false;
     // The telemetry log's header line for the current target mode, with the debug
     // display's titles when it logs its data; CR LF included.

@@ -160,6 +160,7 @@ void MainEntry::SetDisplayVisible()
     show();
     if (ws_.comms) ws_.comms->hide();
     DisplayVisible = true;
+    if (afterReveal) afterReveal();
 }
 
 void MainEntry::buildLiveValues(int m, QGroupBox* frame)
