@@ -8,6 +8,9 @@
 #include <filesystem>
 #include <memory>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace kdx {
 
 namespace {
@@ -26,32 +29,52 @@ std::string osReason(int err) { return std::strerror(err ? err : EIO); }
 
 std::string TrimmedName(const std::string& recording) { return recording + std::string(trim::Suffix); }
 
+int64_t trimNeedsBytes(int32_t markStart, int32_t markEnd)
+{
+    return std::max<int64_t>(int64_t{markStart} + 1, 0) + std::max<int64_t>(int64_t{markEnd} - markStart, 1) + 1;
+}
+
 TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd,
-                         const std::function<void(int64_t)>& progress)
+                         const std::function<void(int64_t)>& progress, TrimWrite how)
 {
     namespace fs = std::filesystem;
     TrimResult r;
     r.output = TrimmedName(recording);
+    std::string temp; // the file written, when it is not the output itself
     auto fail = [&](std::string why) {
         r.reason = std::move(why);
+        if (!temp.empty()) ::unlink(temp.c_str());
         return r;
     };
 
-    // The earlier copy goes first: what is written now never mixes with it.
     std::error_code ec;
     const fs::file_status st = fs::symlink_status(r.output, ec);
     if (fs::is_directory(st)) return fail("cannot write " + r.output + ": " + osReason(EISDIR));
-    if (fs::exists(st) && !fs::remove(r.output, ec)) return fail("cannot delete " + r.output + ": " + ec.message());
-
+    File out;
     errno = 0;
-    File out(std::fopen(r.output.c_str(), "wb"));
+    if (how == TrimWrite::Atomic) {
+        std::string name = r.output + ".XXXXXX";
+        const int fd = ::mkstemp(name.data());
+        if (fd < 0) return fail("cannot write " + r.output + ": " + osReason(errno));
+        temp = name;
+        // mkstemp makes the file private; the copy gets what a new file would get.
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        ::fchmod(fd, 0666 & ~mask);
+        out.reset(::fdopen(fd, "wb"));
+        if (!out) ::close(fd);
+    } else {
+        // The earlier copy goes first: what is written now never mixes with it.
+        if (fs::exists(st) && !fs::remove(r.output, ec)) return fail("cannot delete " + r.output + ": " + ec.message());
+        out.reset(std::fopen(r.output.c_str(), "wb"));
+    }
     if (!out) return fail("cannot write " + r.output + ": " + osReason(errno));
     errno = 0;
     File in(std::fopen(recording.c_str(), "rb"));
     if (!in) return fail("cannot open " + recording + ": " + osReason(errno ? errno : ENOENT));
 
     const int64_t skip = std::max<int64_t>(int64_t{markStart} + 1, 0);
-    const int64_t count = std::max<int64_t>(int64_t{markEnd} - markStart, 1) + 1;
+    const int64_t count = trimNeedsBytes(markStart, markEnd) - skip;
     std::array<char, 1 << 16> buf;
     int64_t position = 0;
     // Reads up to n bytes; a short read is the end of the recording or a read error.
@@ -88,6 +111,10 @@ TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_
     const bool closed = std::fclose(out.release()) == 0;
     if (!why.empty()) return fail(why);
     if (!closed) return fail("cannot write " + r.output + ": " + osReason(errno));
+    if (!temp.empty()) {
+        if (::rename(temp.c_str(), r.output.c_str()) != 0) return fail("cannot replace " + r.output + ": " + osReason(errno));
+        temp.clear();
+    }
     r.ok = true;
     return r;
 }

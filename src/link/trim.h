@@ -24,13 +24,21 @@ struct TrimResult {
     std::string reason;  // why it failed, for kdxctl (the window shows ErrorText only)
 };
 
-// Copies the marked stretch of `recording` to TrimmedName(recording). An earlier copy
-// of that name is deleted first. Both counted loops are inclusive, so the copy starts
-// one byte after the start mark and ends one byte after the end mark: MarkStart + 1
-// bytes are skipped, then max(MarkEnd - MarkStart, 1) + 1 bytes copied. A recording
-// shorter than that is an error; the partial copy stays. `progress` (optional) is told
-// the bytes copied at every whole kilobyte.
+// How the copy takes the place of an earlier one. InPlace, the window's way: the earlier
+// copy is deleted first and the new one written under its name, so a failure leaves
+// the partial copy. Atomic: the copy is written to a temporary file beside it and
+// renamed at the end, so a failure leaves an earlier copy as it was and no partial one.
+enum class TrimWrite { InPlace, Atomic };
+
+// Bytes a recording must hold for the marks: the copy starts one byte after the start
+// mark and ends one byte after the end mark (MarkStart + 1 bytes skipped, then
+// max(MarkEnd - MarkStart, 1) + 1 copied).
+int64_t trimNeedsBytes(int32_t markStart, int32_t markEnd);
+
+// Copies the marked stretch of `recording` to TrimmedName(recording). Both counted
+// loops are inclusive, as trimNeedsBytes says. A recording shorter than that is an
+// error. `progress` (optional) is told the bytes copied at every whole kilobyte.
 TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd,
-                         const std::function<void(int64_t copied)>& progress = {});
+                         const std::function<void(int64_t copied)>& progress = {}, TrimWrite how = TrimWrite::InPlace);
 
 } // namespace kdx
