@@ -88,13 +88,13 @@ TEST_F(DiffSet, DiffShowsEachDifferingParameterOfEachMotor)
         EXPECT_EQ(code == 1 && args[1] == "--motor" ? r.out.substr(0, r.out.find('\n') + 1) : r.out, out) << args.back();
         EXPECT_EQ(r.err, "");
     }
-    // A module on the right: sides keep the order of the command line.
+    // A module holding a.kdx, first on the command line: it is A.
     ScriptedModule module({});
     const std::vector<int16_t> sample = valuesOf("a.kdx");
     module.setMemory(std::vector<uint8_t>(sample.begin(), sample.begin() + 60));
-    const KdxctlResult r = kdxctl({"diff", "--tsv", "b.kdx", "--port", module.path()});
+    const KdxctlResult r = kdxctl({"diff", "--tsv", "--port", module.path(), "b.kdx"});
     EXPECT_EQ(r.code, 1) << r.err;
-    EXPECT_EQ(r.out, "PwmFreqHz\t1\t20.0 (raw 1999)\t20.0 (raw 2000)\nByte15\t1\t172\t171\nPTerm\t2\t-200\t-100\n");
+    EXPECT_EQ(r.out, tsv);
 }
 
 TEST_F(DiffSet, SetChangesOnlyTheNamedParametersByTheEntryRules)
