@@ -83,11 +83,12 @@ int runRead(const Arguments& args, CommandIo& io)
         io.err << "kdxctl: " << why << "\n";
         return 1;
     };
-    std::string error, folder;
+    std::string error;
     const bool backups = !args.has("--no-backup");
-    if (backups && (several || args.has("--backup-dir")) &&
-        (folder = makeBackupFolder(args.value("--backup-dir"), error)).empty())
+    BackupFolder backupFolder;
+    if (backups && (several || args.has("--backup-dir")) && !backupFolder.make(args.value("--backup-dir"), error))
         return fail(error);
+    const std::string folder = backupFolder.path();
 
     std::vector<ModuleOutcome> outcomes(jobs->size());
     std::vector<ModuleRead> reads(jobs->size());
@@ -128,9 +129,11 @@ int runRead(const Arguments& args, CommandIo& io)
         o.detail = o.backup.empty() ? "read" : "read; saved to " + o.backup;
     });
 
+    backupFolder.finish();
     if (json) {
         JsonWriter w;
-        w.beginObject().key("command").value("read").key("backupDir").valueOrNull(folder).key("ok").value(allOk(outcomes));
+        w.beginObject().key("command").value("read").key("backupDir").valueOrNull(backupFolder.path());
+        w.key("ok").value(allOk(outcomes));
         summaryJson(w, outcomes, [&](JsonWriter& j, std::size_t i) {
             if (!outcomes[i].ok()) return;
             j.key("kind").value(reads[i].qvane ? "single-axis" : "two-axis");

@@ -75,8 +75,9 @@ int runWrite(const Arguments& args, CommandIo& io)
     // Bytes that are not in the file never go into a module.
     const ConfigLoad load = loadConfigInput(file, error, "nothing was written");
     if (load.status == ConfigLoadStatus::Failed) return fail(error);
-    std::string folder;
-    if (backups && (folder = makeBackupFolder(args.value("--backup-dir"), error)).empty()) return fail(error);
+    BackupFolder backupFolder;
+    if (backups && !backupFolder.make(args.value("--backup-dir"), error)) return fail(error);
+    const std::string folder = backupFolder.path();
 
     std::vector<ModuleOutcome> outcomes(jobs->size());
     std::vector<std::string> written(jobs->size()); // "wrote 60 bytes", for the one-module line
@@ -116,9 +117,11 @@ int runWrite(const Arguments& args, CommandIo& io)
     });
 
     const bool ok = allOk(outcomes);
+    backupFolder.finish();
     if (json) {
         JsonWriter w;
-        w.beginObject().key("command").value("write").key("file").value(file).key("backupDir").valueOrNull(folder);
+        w.beginObject().key("command").value("write").key("file").value(file).key("backupDir").valueOrNull(
+            backupFolder.path());
         w.key("ok").value(ok);
         summaryJson(w, outcomes);
         io.out << w.endObject().line();
@@ -129,7 +132,7 @@ int runWrite(const Arguments& args, CommandIo& io)
         io.out << written[0] << " to " << o.port << " (" << o.target << ") and read them back\n";
     } else {
         io.out << summaryTable(outcomes);
-        if (backups) io.out << "previous configurations saved in " << folder << "\n";
+        if (!backupFolder.path().empty()) io.out << "previous configurations saved in " << folder << "\n";
     }
     if (!outputReached(io.out)) return fail(std::string(kOutputLost));
     return batchExit(io.err, outcomes, "were not written and verified");

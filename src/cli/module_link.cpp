@@ -134,29 +134,41 @@ std::string datedBackupName()
     return std::string("kdx-backup-") + stamp;
 }
 
-std::string makeBackupFolder(const std::string& dir, std::string& error)
+bool BackupFolder::make(const std::string& dir, std::string& error)
 {
     namespace fs = std::filesystem;
     std::error_code ec;
     if (!dir.empty()) {
-        fs::create_directories(dir, ec);
+        made_ = fs::create_directories(dir, ec);
         if (!fs::is_directory(dir)) {
-            error = "cannot make the backup folder " + dir + (ec ? ": " + ec.message() : ": a file has that name");
-            return {};
+            error = "cannot make the backup folder " + dir + ": " + (ec ? ec.message() : "a file has that name");
+            return false;
         }
-        return dir;
+        path_ = dir;
+        return true;
     }
     const std::string base = datedBackupName();
     for (int n = 1; n < 100; ++n) {
         const std::string name = n == 1 ? base : base + "-" + std::to_string(n);
-        if (fs::create_directory(name, ec)) return name;
+        if (fs::create_directory(name, ec)) {
+            path_ = name;
+            made_ = true;
+            return true;
+        }
         if (ec) {
             error = "cannot make the backup folder " + name + ": " + ec.message();
-            return {};
+            return false;
         }
     }
     error = "cannot make a backup folder: " + base + " and 98 more names are taken";
-    return {};
+    return false;
+}
+
+void BackupFolder::finish()
+{
+    std::error_code ec;
+    if (made_ && std::filesystem::is_empty(path_, ec) && std::filesystem::remove(path_, ec)) path_.clear();
+    made_ = false;
 }
 
 std::string backupFileName(const std::string& port, bool qvane, int axis)

@@ -64,10 +64,24 @@ std::optional<std::vector<ModuleJob>> moduleJobs(const Arguments& args, std::str
 // have ended. One job runs on the calling thread.
 void onEveryModule(std::size_t count, const std::function<void(std::size_t)>& work);
 
-// The folder for backups: `dir` (created when missing), or with `dir` empty a new
-// kdx-backup-YYYYMMDD-HHMMSS in the current folder ("-2", "-3" ... appended when that
-// name is taken). Empty with the reason when it cannot be made.
-std::string makeBackupFolder(const std::string& dir, std::string& error);
+// The folder backups go to. It is made before any module is touched, so that a folder
+// that cannot be made stops the run first; one the run made and left empty (no module
+// could be read) goes again at the end.
+class BackupFolder {
+public:
+    // `dir` (made when missing), or with `dir` empty a new kdx-backup-YYYYMMDD-HHMMSS in
+    // the current folder ("-2", "-3" ... appended when that name is taken). False with
+    // the reason when it cannot be made.
+    bool make(const std::string& dir, std::string& error);
+    // The folder; empty when none was made, or it was made and removed again.
+    const std::string& path() const { return path_; }
+    // Removes the folder if this run made it and nothing was saved in it.
+    void finish();
+
+private:
+    std::string path_;
+    bool made_ = false;
+};
 
 // "kdx-backup-YYYYMMDD-HHMMSS" for the local time now.
 std::string datedBackupName();

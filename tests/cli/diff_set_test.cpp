@@ -178,6 +178,8 @@ TEST_F(DiffSet, ErrorPathsSayWhatIsWrongAndChangeNothing)
         {{"write", "--port", "/dev/x", "--motor", "3", "a.kdx"}, 2, usage("write", "--motor is 1 or 2")},
         {{"write", "--port", "/dev/x", "--port", "/dev/y", "--axis", "roll", "--axis", "pan", "--axis", "tilt", "a.kdx"},
          2, usage("write", "give --axis once for every port, or once per --port")},
+        // The backup folder made for a batch in which no module answered goes again.
+        {{"write", "--port", "/dev/kdx-none", "a.kdx"}, 1, "kdxctl: cannot open /dev/kdx-none: No such file or directory\n"},
         {{"write", "--port", "/dev/kdx-none", "--backup-dir", "a.kdx", "b.kdx"}, 1,
          "kdxctl: cannot make the backup folder a.kdx: Not a directory\n"},
     };
