@@ -1,4 +1,4 @@
-#include "mainwindow/click_label.h"
+#include "widgets/click_label.h"
 
 #include "widgets/face_colour.h"
 
