@@ -36,14 +36,15 @@ namespace fs = std::filesystem;
 
 [[noreturn]] void fail(const char* what) { fuzz::fail("cli_args", what); }
 
-constexpr std::array<const char*, 11> kCommands = {"ports", "show", "read", "write", "decode", "trim",
+constexpr std::array<const char*, 15> kCommands = {"ports", "show", "read", "write", "decode", "trim", "diff", "set", "analyse", "--version",
                                                    "monitor", "sim", "help", "--help", "-h"};
-constexpr std::array<const char*, 48> kWords = {
+constexpr std::array<const char*, 56> kWords = {
     "--tsv", "--port", "--axis", "-o", "--output", "--motor", "--start", "--end", "--seconds", "--simulate",
     "--simulate=qvane", "--simulate=pan", "--port=a.kdx", "--seconds=0.5", "--seconds=-1", "--pty", "--qvane",
     "--seed", "--noise", "--record", "--help", "-h", "a.kdx", "b.bls", "r.rec", "r.rec_t", "missing.kdx", ".",
     "0", "1", "2", "3", "tilt", "roll", "pan", "yaw", "-1", "2147483647", "2147483648", "0.5", "1e9", "nan",
-    "inf", "", "--", "out.csv", "-", "=",
+    "inf", "", "--", "out.csv", "-", "=", "--json", "--backup-dir", "--no-backup", "P=400", "Poles=14",
+    "a.csv", "a.btf", "bk",
 };
 // No option takes these as a value twice running, so a line ending in them is refused.
 constexpr const char* kEnd = "--kdx-fuzz-end";
