@@ -45,6 +45,15 @@ void Application::openCommandLineFile(const std::string& path)
     main.handleCommandLine(quoted ? path : '"' + path + '"');
 }
 
+StatusInputs Application::statusInputs() const
+{
+    return StatusInputs{.link = comms.linkStatus(),
+                        .qvane = main.TargetIsQVane,
+                        .qvaneAxis = main.shownQVaneAxis(),
+                        .versionMajor = main.shownVersionMajor(),
+                        .versionMinor = main.shownVersionMinor()};
+}
+
 QWidget* Application::window(ProgramWindow w)
 {
     switch (w) {

@@ -219,6 +219,7 @@ void CommsLink::Rateob_Click(int index)
     playback_.PlaybackMaxRate = rate.maxRate;
     QRadioButton* b = Rateob[static_cast<std::size_t>(index)];
     if (!b->isChecked()) b->setChecked(true);
+    if (PlaybackActive) updateLinkState(); // the status shows the rate playing
 }
 
 void CommsLink::MarkStartcb_Click()

@@ -100,28 +100,32 @@ void CommsLink::reconnectTick()
         for (const PortIdentity& p : listed)
             if (p.path == *path) identities_.push_back(p);
     }
-    const int p = listPort(*path);
-    PortOpen = true;
-    CurrentPort = p;
-    openIdentity_ = identityOf(*path);
-    rx_.ResetSync();
-    checkPortButton(p);
-    showStatus();
-    updateLinkState();
+    portOpened(listPort(*path));
 }
 
 void CommsLink::updateLinkState()
 {
     LinkStatus s;
     if (PortOpen) {
-        s.state = LinkState::Live;
+        // Telemetry heard on this port and then missed by the watchdog is a lost link.
+        const bool heard = rx_.goodMessages > goodAtOpen_;
+        s.state = rx_.GetCommsGood() ? LinkState::Live : heard ? LinkState::Lost : LinkState::Waiting;
         s.port = portName(CurrentPort);
+        s.portNumber = CurrentPort;
+        if (s.state == LinkState::Lost) s.lostAt = lostAt_;
     } else if (watching_ || writeFailed_) {
         s.state = watching_ ? LinkState::Reconnecting : LinkState::Lost;
         s.port = watching_ ? openIdentity_.path : portName(CurrentPort);
+        s.portNumber = watching_ ? 0 : CurrentPort;
         s.lostAt = lostAt_;
     }
-    if (PlaybackActive && !trim_.copying()) s.state = LinkState::Playing;
+    if (PlaybackActive && !trim_.copying()) {
+        s.state = LinkState::Playing;
+        const std::string file = inputFilename();
+        s.playbackFile = file.substr(file.find_last_of("/\\") + 1);
+        for (std::size_t i = 0; i < Rateob.size(); ++i)
+            if (Rateob[i]->isChecked()) s.playbackRate = playback::Rates[i].caption;
+    }
     if (s == linkStatus_) return;
     linkStatus_ = s;
     if (linkListener_) linkListener_(linkStatus_);

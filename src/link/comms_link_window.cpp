@@ -252,9 +252,15 @@ void CommsLink::SelectCommsPort(int port)
         dialogs_.MsgBox("Error opening comms port " + std::to_string(port) + " : " + error, box::Critical, "Comms Port");
         return;
     }
+    portOpened(port);
+}
+
+void CommsLink::portOpened(int port)
+{
     PortOpen = true;
     CurrentPort = port;
     openIdentity_ = identityOf(portName(port));
+    goodAtOpen_ = rx_.goodMessages;
     rx_.ResetSync();
     checkPortButton(port);
     showStatus();
@@ -349,12 +355,15 @@ void CommsLink::onPortLost(const std::string& reason)
 
 void CommsLink::CommsTimeout_Timer()
 {
+    const bool wasGood = rx_.GetCommsGood();
     rx_.CommsTimeout_Timer();
+    if (wasGood && !rx_.GetCommsGood()) lostAt_ = std::chrono::system_clock::now();
     if (awaitingGuard_) {
         awaitingGuard_ = false;
         if (playback_.isOpen()) FileInputTimer->start();
     }
     showStatus();
+    updateLinkState(); // telemetry heard, or not, since the last tick
 }
 
 void CommsLink::Comms2Timeout_Timer()

@@ -180,6 +180,8 @@ private:
     void startWatch();
     void stopWatch();
     void updateLinkState();
+    // A port just opened, by selection or by reconnecting: the window and the state say so.
+    void portOpened(int port);
     PortIdentity identityOf(const std::string& path);
 
     SerialPort& port_;
@@ -191,6 +193,7 @@ private:
     bool watching_ = false;     // the vanished port openIdentity_ is awaited
     bool writeFailed_ = false;  // the last port closed on a failed write
     bool lossBoxOpen_ = false;
+    uint64_t goodAtOpen_ = 0; // the receiver's good messages when the port was opened
     std::chrono::system_clock::time_point lostAt_{};
     LinkStatus linkStatus_;
     std::function<void(const LinkStatus&)> linkListener_;

@@ -8,8 +8,9 @@ namespace kdx {
 
 enum class LinkState {
     NoPort,       // no port open, and none awaited
-    Live,         // a port is open and feeds the receiver
-    Lost,         // a write failed: the port stays closed until one is selected
+    Waiting,      // a port is open; no telemetry heard on it yet
+    Live,         // a port is open and telemetry comes in
+    Lost,         // telemetry stopped on the open port, or a write failed and closed it
     Reconnecting, // the port vanished; it reopens by itself when it comes back
     Playing,      // a recording feeds the receiver; the port's bytes are dropped
 };
@@ -17,7 +18,11 @@ enum class LinkState {
 struct LinkStatus {
     LinkState state = LinkState::NoPort;
     std::string port; // the open, lost or awaited port's path; empty with NoPort
-    // When the port was lost (Lost, Reconnecting); the epoch otherwise.
+    int portNumber = 0; // its button's number in the Comms Link window; 0 if none
+    // While Playing: the recording's file name and the rate button's caption.
+    std::string playbackFile;
+    std::string playbackRate;
+    // When the link was lost (Lost, Reconnecting); the epoch otherwise.
     std::chrono::system_clock::time_point lostAt{};
 
     bool operator==(const LinkStatus&) const = default;
