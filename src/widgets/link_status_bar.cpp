@@ -8,7 +8,7 @@ namespace kdx {
 
 LinkStatusBar::LinkStatusBar(QStatusBar* bar, std::function<StatusInputs()> inputs,
                              std::function<uint64_t()> goodMessages)
-    : QObject(bar), inputs_(std::move(inputs)), goodMessages_(std::move(goodMessages))
+    : inputs_(std::move(inputs)), goodMessages_(std::move(goodMessages))
 {
     static const char* const names[] = {"StatusPortlb", "StatusTargetlb", "StatusFirmwarelb", "StatusLinklb",
                                         "StatusRatelb"};
