@@ -7,41 +7,19 @@
 // the block size never changes a line; one without telemetry fails (exit code 1) and
 // writes no log.
 #include "cli/command.h"
+#include "fuzz_support.h"
 #include "link/receiver.h"
 #include "telemetry/telemetry_log_stream.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <sstream>
 #include <string>
-#include <vector>
-
-#include <unistd.h>
 
 namespace {
 
 using namespace kdx;
 
-[[noreturn]] void fail(const char* what)
-{
-    std::fprintf(stderr, "decode_fuzz: %s\n", what);
-    std::abort();
-}
-
-// One temporary file per fuzzing process, removed when it ends.
-const std::string& recordingPath()
-{
-    static const std::string path = [] {
-        const char* dir = std::getenv("TMPDIR");
-        std::string p = std::string(dir && *dir ? dir : "/tmp") + "/kdx-decode-fuzz-XXXXXX";
-        const int fd = ::mkstemp(p.data());
-        if (fd < 0) fail("cannot create a temporary file");
-        ::close(fd);
-        std::atexit([] { ::unlink(recordingPath().c_str()); });
-        return p;
-    }();
-    return path;
-}
+[[noreturn]] void fail(const char* what) { fuzz::fail("decode", what); }
 
 // The log, or nothing when the recording holds no telemetry line.
 std::string decodeByteByByte(const uint8_t* data, std::size_t size)
@@ -58,9 +36,7 @@ std::string decodeByteByByte(const uint8_t* data, std::size_t size)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
 {
-    const std::string& path = recordingPath();
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f || std::fwrite(data, 1, size, f) != size || std::fclose(f) != 0) fail("cannot write the recording");
+    const std::string path = fuzz::writeScratchFile("input.rec", {data, size});
 
     std::ostringstream out, err;
     cli::CommandIo io{out, err};

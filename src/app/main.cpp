@@ -7,12 +7,10 @@
 #include "platform/qt_key_state.h"
 #include "platform/qt_serial_port.h"
 #include "sim/qt_sim_port.h"
-#include "windows/about_window.h"
 #include "windows/velmor_logo.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QDir>
 #include <QTimer>
 
 #include <algorithm>
@@ -25,37 +23,6 @@ namespace {
 // How long the simulated module runs before the pictures are taken: enough for the
 // configuration read and a few seconds of the tuning sweep.
 constexpr int kScreenshotDelayMs = 6000;
-
-// Saves each window of the program as DIR/NAME.png, the hidden ones shown for it.
-bool saveScreenshots(const QString& dirPath, kdx::Workspace& ws)
-{
-    QDir dir;
-    if (!dir.mkpath(dirPath)) {
-        std::fprintf(stderr, "kdxtool: cannot create %s\n", qPrintable(dirPath));
-        return false;
-    }
-    kdx::FrmAbout about(ws, ws.main);
-    const std::pair<QWidget*, const char*> windows[] = {
-        {ws.main, "main"},       {ws.graph, "tuning"},
-        {ws.comms, "comms-link"},
-        {ws.logging, "data-logging"},
-        {ws.debug, "debug-display"},
-        {&about, "about"},       {ws.wait, "wait"},
-    };
-    for (const auto& [w, _] : windows) w->show();
-    QCoreApplication::processEvents(); // lay out and paint what was just shown
-    bool ok = true;
-    for (const auto& [w, name] : windows) {
-        const QString path = QDir(dirPath).filePath(QString(name) + ".png");
-        if (w->grab().save(path)) {
-            std::printf("%s\n", qPrintable(path));
-        } else {
-            std::fprintf(stderr, "kdxtool: cannot write %s\n", qPrintable(path));
-            ok = false;
-        }
-    }
-    return ok;
-}
 
 } // namespace
 
@@ -138,14 +105,12 @@ int main(int argc, char** argv)
     });
     const QStringList files = parser.positionalArguments();
     if (!files.isEmpty()) {
-        QString path = files.first();
-        if (!(path.startsWith('"') && path.endsWith('"') && path.size() >= 2)) path = '"' + path + '"';
-        kdx::guarded([&] { program.main.handleCommandLine(path.toStdString()); });
+        kdx::guarded([&] { program.openCommandLineFile(files.first().toStdString()); });
     }
     if (!screenshotDir.isEmpty()) {
         // As a user would: once the configuration is read, pick motor 1 for tuning.
         QTimer::singleShot(kScreenshotDelayMs / 3, [&] { program.graph.MotorSelcb_Click(0); });
-        QTimer::singleShot(kScreenshotDelayMs, [&] { QCoreApplication::exit(saveScreenshots(screenshotDir, program.ws) ? 0 : 1); });
+        QTimer::singleShot(kScreenshotDelayMs, [&] { QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1); });
     }
     const int rc = QCoreApplication::exec();
     program.comms.unload(); // the port is closed however the loop ended

@@ -1,10 +1,12 @@
 #include "tuning/graph_win_window.h"
 
 #include "core/colour.h"
-#include "mainwindow/click_label.h"
-#include "mainwindow/main_entry.h"
+#include "widgets/click_label.h"
+#include "platform/program_windows.h"
 #include "platform/qt_guard.h"
 #include "platform/qt_window_close.h"
+#include "tuning/gain_sender.h"
+#include "tuning/gain_store.h"
 #include "tuning/graph_view_window.h"
 #include "tuning/graph_win_model.h"
 #include "tuning/tuning_texts.h"
@@ -96,7 +98,9 @@ QPushButton* GraphWin::addButton(QWidget* parent, QBoxLayout* row, const QString
     return b;
 }
 
-GraphWin::GraphWin(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws)
+GraphWin::GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows, QuitRequester& quit,
+                   Dialogs& dialogs, const KeyState& keys, QWidget* parent)
+    : QMainWindow(parent), config_(config), drive_(drive), windows_(windows), quit_(quit)
 {
     setObjectName("GraphWin");
     setWindowTitle(qs(tuning_text::WindowCaption));
@@ -107,7 +111,7 @@ GraphWin::GraphWin(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws
     top->addWidget(Graphfr, 1);
 
     // The renderer draws from the first resize on; until then the picture has no area.
-    model_ = std::make_unique<GraphWinModel>(Graphpb->canvas(), ws_.main->gainStore(), *ws_.dialogs, *ws_.keys);
+    model_ = std::make_unique<GraphWinModel>(Graphpb->canvas(), config_, dialogs, keys);
 
     auto* bottom = new QHBoxLayout;
     buildControls(central);
@@ -423,7 +427,7 @@ void GraphWin::showGains()
     // The gain message runs exactly while "Enab" is ticked.
     if (enabled && !GainMsgTmr->isActive()) {
         // Tuning takes over the motor: a test drive in its direction would fight the gains.
-        if (ws_.main) ws_.main->CancelTest();
+        drive_.CancelTest();
         GainMsgTmr->start();
     }
     if (!enabled && GainMsgTmr->isActive()) GainMsgTmr->stop();
@@ -451,7 +455,7 @@ void GraphWin::SetEnable(bool flag)
 
 void GraphWin::PutCommsJustWentBad()
 {
-    disconnectedBox_.post([this] { model_->PutCommsJustWentBad(ws_.main && ws_.main->GetDataModified()); });
+    disconnectedBox_.post([this] { model_->PutCommsJustWentBad(config_.GetDataModified()); });
 }
 
 bool GraphWin::GetDataModified() const { return model_->GetDataModified(); }
@@ -525,7 +529,7 @@ void GraphWin::LoadTracecb_Click()
     showAll();
 }
 
-void GraphWin::mnuExit_Click() { ws_.main->RemoteQueryUnload(); }
+void GraphWin::mnuExit_Click() { quit_.RemoteQueryUnload(); }
 
 // Closing puts the window away and hands the user back to the main window; gains
 // tuned but not carried into the configuration are offered for it first, so that
@@ -534,16 +538,13 @@ void GraphWin::mnuClose_Click()
 {
     hide();
     if (model_->GetDataModified() && GoForUpdate()) SaveGaincb_Click();
-    if (ws_.main && ws_.main->isVisible()) {
-        ws_.main->raise();
-        ws_.main->activateWindow();
-    }
+    windows_.bringForward(ProgramWindow::Main);
 }
 
 void GraphWin::GainMsgTmr_Timer()
 {
     const GainSet& v = model_->gains().values();
-    ws_.main->SendPID(v.P, v.I, v.IA, v.D, v.G, v.V1, v.V2, model_->gains().MotorIndex());
+    drive_.SendPID(v.P, v.I, v.IA, v.D, v.G, v.V1, v.V2, model_->gains().MotorIndex());
 }
 
 void GraphWin::Form_KeyDown(int keyCode)
