@@ -1,6 +1,7 @@
 #include "mainwindow/change_markers.h"
 
 #include <QBoxLayout>
+#include <QEvent>
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QLabel>
@@ -33,20 +34,34 @@ QLayout* holderOf(const QWidget* w, int& index)
     return parent && parent->layout() ? holderOf(parent->layout(), w, index) : nullptr;
 }
 
-// Puts `mark` just right of `control`: in the grid column after the control's span, or
-// next in its row of a box layout.
-void placeRightOf(QWidget* control, QLabel* mark)
-{
-    int index = -1;
-    QLayout* holder = holderOf(control, index);
-    if (auto* grid = qobject_cast<QGridLayout*>(holder)) {
-        int row = 0, column = 0, rows = 0, columns = 0;
-        grid->getItemPosition(index, &row, &column, &rows, &columns);
-        grid->addWidget(mark, row, column + columns);
-    } else if (auto* box = qobject_cast<QBoxLayout*>(holder)) {
-        box->insertWidget(index + 1, mark);
+// Keeps a mark in the gap right of its control, outside the layout, so the marks take no
+// room: the window keeps the width it has without them.
+class MarkFollower : public QObject {
+public:
+    MarkFollower(QWidget* control, QLabel* mark) : QObject(mark), control_(control), mark_(mark)
+    {
+        control->installEventFilter(this);
+        place();
     }
-}
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched == control_ && (event->type() == QEvent::Move || event->type() == QEvent::Resize)) place();
+        return false;
+    }
+
+private:
+    void place()
+    {
+        const QRect r = control_->geometry();
+        mark_->setGeometry(r.right() + 1, r.top(), mark_->width(), r.height());
+        mark_->raise();
+    }
+
+    QWidget* control_;
+    QLabel* mark_;
+};
 
 // The widget just left of `control` in its layout, or none.
 QWidget* leftOf(const QWidget* control)
@@ -75,8 +90,8 @@ ChangeMarkers::ChangeMarkers(ValueControl control) : control_(std::move(control)
         mark->setObjectName(value->objectName() + "Changed");
         mark->setAlignment(Qt::AlignCenter);
         // A slot of fixed width, so a mark coming or going moves nothing.
-        mark->setFixedWidth(mark->fontMetrics().horizontalAdvance(kMark) + 4);
-        placeRightOf(value, mark);
+        mark->setFixedWidth(mark->fontMetrics().horizontalAdvance(kMark) + 2);
+        new MarkFollower(value, mark);
         marks_[{&field, m}] = mark;
     });
 }

@@ -1,8 +1,9 @@
 #pragma once
-// The marks beside the main window's parameter values: a "●" in a slot of fixed width
-// right of each value (the reverse box and the debug identifier included) while the
-// value differs from what the module last reported, in the palette's own text colour so
-// it reads on light and dark themes alike. A memory-contents message clears them all.
+// The marks beside the main window's parameter values: a "●" in the gap right of each
+// value (the reverse box and the debug identifier included) while the value differs from
+// what the module last reported, in the palette's own text colour so it reads on light
+// and dark themes alike. The marks sit outside the layouts, so the window keeps its
+// width. A memory-contents message clears them all.
 #include "config/config_baseline.h"
 
 #include <QString>
@@ -22,7 +23,7 @@ public:
     // reverse box, or the debug identifier's label.
     using ValueControl = std::function<QWidget*(const ParamField& field, int motor)>;
 
-    // Puts an empty mark right of every control, in the layout that holds it.
+    // Puts an empty mark right of every control; it follows the control as it moves.
     explicit ChangeMarkers(ValueControl control);
 
     // After a memory-contents message: `config` holds what the module reported.
