@@ -15,7 +15,8 @@ LinkStatusBar::LinkStatusBar(QStatusBar* bar, std::function<StatusInputs()> inpu
     for (std::size_t i = 0; i < labels.size(); ++i) {
         labels[i] = new QLabel(bar);
         labels[i]->setObjectName(names[i]);
-        bar->addPermanentWidget(labels[i]);
+        // Left of the main window's own permanent widgets: the comms quality stays at the right.
+        bar->insertPermanentWidget(static_cast<int>(i), labels[i]);
     }
     refreshTimer = new QTimer(this);
     refreshTimer->setObjectName("StatusRefresh");
