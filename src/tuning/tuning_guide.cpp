@@ -98,6 +98,7 @@ void TuningGuide::start(const GainSet& start, bool gainMessageOn)
     finePass_ = false;
     probesLeft_ = 0;
     startRinging_ = 0;
+    out_.setGainMessage(true); // the guide's candidates travel in the gain message
     beginCandidate(start);
 }
 

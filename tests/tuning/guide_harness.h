@@ -55,6 +55,7 @@ public:
             const std::size_t before = link.cap.cyclic.size();
             std::vector<uint8_t> out;
             link.sim.advance(0.01, out);
+            if (!deliver) out.clear(); // the line is cut: nothing reaches the tool
             link.cap.clock = link.sim.now();
             link.rx.receiveBytes(out);
             for (std::size_t i = before; i < link.cap.cyclic.size(); ++i) {
@@ -69,6 +70,7 @@ public:
     sim::test::SimLink link;
     GainSet panel;
     bool messageOn = false;
+    bool deliver = true;
     std::vector<WireGains> wire;
     std::vector<sim::test::Telemetry> samples;
 

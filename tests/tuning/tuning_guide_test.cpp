@@ -47,15 +47,21 @@ std::vector<GuideRow> measureAll(const std::vector<GainSet>& candidates, const G
     return rows;
 }
 
+struct Limits {
+    double lo, hi;
+    bool log;
+};
+
 struct BadStart {
     const char* name;
     double p, d;
+    Limits pLimits, dLimits; // twice and half the start; a D of 0 may reach 2 x 2.5 coarse steps
 };
 
 const BadStart kBadStarts[] = {
-    {"a quarter of the factory P", 25, 50},
-    {"four times P without D", 400, 0},
-    {"far too much D", 100, 400},
+    {"a quarter of the factory P", 25, 50, {12.5, 50, true}, {25, 100, true}},
+    {"four times P without D", 400, 0, {200, 800, true}, {0, 50, false}},
+    {"far too much D", 100, 400, {50, 200, true}, {200, 800, true}},
 };
 
 TEST(TuningGuide, EndsNearTheGridsBestFromEachBadStartWithinItsLimits)
@@ -67,23 +73,18 @@ TEST(TuningGuide, EndsNearTheGridsBestFromEachBadStartWithinItsLimits)
         rig.run(nullptr, 1.0);
         TuningGuide guide(rig);
         guide.start(withPD(b.p, b.d), false);
-        rig.run(&guide, 200.0, [&] {});
-        for (const GuideRow& r : guide.rows())
-            std::printf("  P %6.1f D %6.1f rms %.3f peak %.3f ring %.2f %.1f over %.1f score %.3f\n", r.gains.P, r.gains.D,
-                        r.errorRms, r.errorPeak, r.ringing, r.ringingRate, r.overshoot.value_or(-1), r.score);
-        std::printf("%s now P %.0f D %.0f\n", guide.statusText().c_str(), guide.candidate().P, guide.candidate().D);
+        rig.run(&guide, 200.0);
         ASSERT_EQ(guide.state(), GuideState::Finished) << guide.statusText();
         const GuideRow best = *guide.best();
 
-        // The grid: 9 x 9 over the same ranges, on the same scales.
-        const GuideRange rp = guide.range(Gain::P), rd = guide.range(Gain::D);
-        auto at = [](const GuideRange& r, int k) {
+        // The grid: 9 x 9 over the same limits, on the same scales.
+        auto at = [](const Limits& r, int k) {
             const double u = k / 8.0;
-            return std::round(r.logScale ? r.lo * std::pow(r.hi / r.lo, u) : r.lo + (r.hi - r.lo) * u);
+            return std::round(r.log ? r.lo * std::pow(r.hi / r.lo, u) : r.lo + (r.hi - r.lo) * u);
         };
         std::vector<GainSet> grid;
         for (int i = 0; i <= 8; ++i)
-            for (int j = 0; j <= 8; ++j) grid.push_back(withPD(at(rp, i), at(rd, j)));
+            for (int j = 0; j <= 8; ++j) grid.push_back(withPD(at(b.pLimits, i), at(b.dLimits, j)));
         double lowest = 1e9;
         GuideRow gbest{};
         for (const GuideRow& r : measureAll(grid, guide.settings()))
@@ -91,17 +92,91 @@ TEST(TuningGuide, EndsNearTheGridsBestFromEachBadStartWithinItsLimits)
                 lowest = r.errorRms;
                 gbest = r;
             }
-        std::printf("%s: guide P %.0f D %.0f rms %.3f (%zu sweeps); grid P %.0f D %.0f rms %.3f (81)\n", b.name,
-                    best.gains.P, best.gains.D, best.errorRms, guide.rows().size(), gbest.gains.P, gbest.gains.D,
-                    lowest);
+        std::printf("%s: guide P %.0f D %.0f err_rms %.3f in %zu sweeps; grid P %.0f D %.0f err_rms %.3f in %zu\n",
+                    b.name, best.gains.P, best.gains.D, best.errorRms, guide.rows().size(), gbest.gains.P,
+                    gbest.gains.D, lowest, grid.size());
         EXPECT_LE(best.errorRms, 1.15 * lowest);
         for (const WireGains& w : rig.wire) {
-            EXPECT_GE(w.P, rp.lo - 0.4);
-            EXPECT_LE(w.P, rp.hi + 0.4);
-            EXPECT_GE(w.D, rd.lo - 0.4);
-            EXPECT_LE(w.D, rd.hi + 0.4);
+            // The message carries P and D in 1/128ths of 100 %.
+            EXPECT_GE(w.P, b.pLimits.lo - 0.4);
+            EXPECT_LE(w.P, b.pLimits.hi + 0.4);
+            EXPECT_GE(w.D, b.dLimits.lo - 0.4);
+            EXPECT_LE(w.D, b.dLimits.hi + 0.4);
         }
     }
 }
 
 } // namespace
+
+// Every way the guide stops early puts the user's gains back on the wire at once, then
+// leaves the gain message as the user had it: running on those gains, or silent so the
+// module returns to its configuration.
+TEST(TuningGuide, EveryStopPutsTheUsersGainsBackAtOnce)
+{
+    enum class Event { UserStop, LinkCut, None };
+    struct Case {
+        const char* name;
+        GainSet start;
+        bool messageOn;
+        GuideSettings settings;
+        Event event; // at 9 s, mid-sweep of the second candidate; None: the guide stops itself
+        GuideStop expected;
+    };
+    GuideSettings pOnly;
+    pOnly.gains = {Gain::P};
+    pOnly.maxFactor = 3; // from P 150 without D, more P rings hard
+    GuideSettings tightError;
+    tightError.errorLimitFactor = 1.05; // a quarter-P start does better at once, the first step down worse
+    const Case cases[] = {
+        {"user stop, gain message was off", factory(), false, {}, Event::UserStop, GuideStop::User},
+        {"user stop, gain message was on", factory(), true, {}, Event::UserStop, GuideStop::User},
+        {"link cut mid-sweep", withPD(25, 50), true, {}, Event::LinkCut, GuideStop::LinkLost},
+        {"ringing past the hard limit", withPD(150, 0), false, pOnly, Event::None, GuideStop::Ringing},
+        {"error above the limit", factory(), false, tightError, Event::None, GuideStop::ErrorRise},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        GuideRig rig;
+        rig.tuningDrive();
+        rig.panel = c.start;
+        rig.messageOn = c.messageOn;
+        rig.run(nullptr, 1.0);
+        TuningGuide guide(rig, c.settings);
+        guide.start(c.start, c.messageOn);
+        const double t0 = rig.link.sim.now();
+        double stoppedAt = -1, cutAt = -1;
+        rig.run(&guide, 200.0, [&] {
+            const double t = rig.link.sim.now() - t0;
+            if (c.event == Event::UserStop && t >= 9.0 && guide.running()) guide.stop();
+            if (c.event == Event::LinkCut && t >= 9.0 && cutAt < 0) {
+                rig.deliver = false;
+                cutAt = t;
+            }
+            // The link watchdog's loss call, 500 ms after the last telemetry.
+            if (cutAt >= 0 && t >= cutAt + 0.5) guide.linkLost();
+            if (stoppedAt < 0 && !guide.running()) stoppedAt = rig.link.sim.now();
+        });
+        ASSERT_EQ(guide.stopReason(), c.expected) << guide.statusText();
+        ASSERT_GE(stoppedAt, 0);
+        // The first gain message from the stop on carries the start, within one period,
+        bool first = true;
+        for (const WireGains& w : rig.wire) {
+            if (w.t < stoppedAt - 1e-9) continue;
+            if (first) {
+                EXPECT_LE(w.t - stoppedAt, 0.04);
+            }
+            first = false;
+            EXPECT_NEAR(w.P, c.start.P, 0.4);
+            EXPECT_NEAR(w.D, c.start.D, 0.4);
+        }
+        EXPECT_FALSE(first) << "nothing was sent after the stop";
+        // and the gain message goes on (on those gains) only if the user had it on.
+        const double last = rig.wire.back().t;
+        EXPECT_EQ(rig.messageOn, c.messageOn);
+        if (c.messageOn) {
+            EXPECT_GT(last, stoppedAt + 1.0);
+        } else {
+            EXPECT_LE(last, stoppedAt + 1e-9);
+        }
+    }
+}
