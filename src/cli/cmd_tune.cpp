@@ -73,7 +73,6 @@ const Syntax kTuneSyntax{
     .helpColumn = 19,
     .example = "kdxctl tune --port /dev/ttyUSB0 --motor 1\n"
                "kdxctl tune --port /dev/pts/3 --motor 1 --gains 25,50 --sweep 10 --json",
-    .usageAfterError = true,
 };
 
 namespace {
