@@ -22,6 +22,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <iostream>
+#include <unistd.h>
 #include <cstdio>
 #include <ostream>
 #include <sstream>
@@ -334,7 +336,10 @@ int runTune(const Arguments& args, CommandIo& io)
             toggleDrive();
             driveSwitched = true;
         }
-        io.err << "tune: " << guide.plannedSweeps() << " sweeps of "
+        // Progress only for a person watching: a script's stderr keeps the one line of a failure.
+        const bool progress = &io.err == &std::cerr && ::isatty(STDERR_FILENO);
+        if (progress)
+            io.err << "tune: " << guide.plannedSweeps() << " sweeps of "
                << (settings.settleSamples + settings.sweepSamples) / 100 << " s each; Ctrl+C stops and restores the gains\n";
         guide.start(start, false);
         auto nextTick = Clock::now() + std::chrono::milliseconds(kGainMsgMs);
@@ -367,7 +372,7 @@ int runTune(const Arguments& args, CommandIo& io)
                 rc = 1;
                 break;
             }
-            for (; reported < guide.rows().size(); ++reported) {
+            for (; progress && reported < guide.rows().size(); ++reported) {
                 const GuideRow& r = guide.rows()[reported];
                 io.err << "tune: sweep " << reported + 1 << " of " << guide.plannedSweeps() << ": "
                        << gainsText(guide, r.gains, false) << ", err_rms " << fixed(r.errorRms, 3) << "\n";

@@ -147,7 +147,13 @@ void GuidePanel::linkLost()
 
 void GuidePanel::putSample(int motor, float rate, float error)
 {
-    if (!running() || motor != motor_) return;
+    if (!running()) return;
+    // Unticking "Enab" or picking the other motor takes the gain message back: stop.
+    if (!panel_.gainMsgEnabled() || panel_.MotorIndex() != motor_) {
+        Stopcb_Click();
+        return;
+    }
+    if (motor != motor_) return;
     guide_->putSample(rate, error);
     if (static_cast<int>(guide_->rows().size()) != shownRows_ || !running()) showState();
 }
