@@ -16,6 +16,8 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include <iterator>
+
 namespace kdx {
 
 namespace {
@@ -34,6 +36,13 @@ const char* kAbout =
     "Nothing is written to the module's memory; at the end you choose.";
 
 QString number(double v, int decimals) { return QString::number(v, 'f', decimals); }
+
+const char* searchName(Gain g)
+{
+    for (std::size_t i = 0; i < std::size(kSearchable); ++i)
+        if (kSearchable[i] == g) return kSearchNames[i];
+    return "";
+}
 
 } // namespace
 
@@ -217,7 +226,7 @@ void GuidePanel::showState()
         const GuideRow& r = rows[static_cast<std::size_t>(i)];
         QString gains;
         for (Gain g : guide_->settings().gains)
-            gains += QString("%1%2 %3").arg(gains.isEmpty() ? "" : ", ", kSearchNames[g == Gain::P ? 0 : g == Gain::D ? 1 : g == Gain::I ? 2 : 3],
+            gains += QString("%1%2 %3").arg(gains.isEmpty() ? "" : ", ", searchName(g),
                                             number(r.gains[g], g == Gain::IA ? 2 : 0));
         Resultstb->insertRow(i);
         const QString cells[5] = {gains, number(r.errorRms, 3), number(r.errorPeak, 3), number(r.ringing, 2),

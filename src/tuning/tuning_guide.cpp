@@ -93,6 +93,7 @@ void TuningGuide::start(const GainSet& start, bool gainMessageOn)
     rows_.clear();
     state_ = GuideState::Running;
     reason_ = GuideStop::None;
+    order_ = settings_.gains;
     pass_ = -1;
     gainIndex_ = 0;
     finePass_ = false;
@@ -171,9 +172,8 @@ void TuningGuide::sweepDone()
         startRinging_ = std::max(startRinging_, row.ringingRate);
         // A start that rings gets D first: D damps the ringing, while more P without
         // it would only ring harder.
-        auto& order = settings_.gains;
-        const auto d = std::find(order.begin(), order.end(), Gain::D);
-        if (row.ringing > settings_.ringingShare && d != order.end()) std::rotate(order.begin(), d, d + 1);
+        const auto d = std::find(order_.begin(), order_.end(), Gain::D);
+        if (row.ringing > settings_.ringingShare && d != order_.end()) std::rotate(order_.begin(), d, d + 1);
     } else if (row.errorRms > settings_.errorLimitFactor * rows_.front().errorRms) {
         finish(GuideState::Stopped, GuideStop::ErrorRise);
         return;
@@ -193,7 +193,7 @@ std::optional<GuideRow> TuningGuide::best() const
 
 void TuningGuide::nextCandidate()
 {
-    const std::size_t gains = settings_.gains.size();
+    const std::size_t gains = order_.size();
     if (probesLeft_ > 0) {
         // The probe just measured closes one golden-section step.
         const double f = rows_.back().score;
@@ -210,7 +210,7 @@ void TuningGuide::nextCandidate()
             }
             gainIndex_ = static_cast<std::size_t>(pass_) % gains;
             finePass_ = pass_ >= static_cast<int>(gains);
-            const Gain g = settings_.gains[gainIndex_];
+            const Gain g = order_[gainIndex_];
             const GuideRange r = range(g);
             if (r.hi <= r.lo) continue; // nothing to search: try the next gain
             if (finePass_) {
@@ -227,7 +227,7 @@ void TuningGuide::nextCandidate()
             fd_.reset();
             probesLeft_ = finePass_ ? settings_.fineProbes : settings_.coarseProbes;
         }
-        const Gain g = settings_.gains[gainIndex_];
+        const Gain g = order_[gainIndex_];
         --probesLeft_;
         if (!fc_) {
             probing_ = Probe::C;

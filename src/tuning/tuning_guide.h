@@ -129,7 +129,8 @@ private:
     double startRinging_ = 0;
 
     // The search: which gain, which pass, the golden-section bracket in units 0..1.
-    int pass_ = -1; // gains x 2 passes: every gain coarse, then every gain fine
+    std::vector<Gain> order_; // the gains in the order searched
+    int pass_ = -1;           // gains x 2 passes: every gain coarse, then every gain fine
     std::size_t gainIndex_ = 0;
     bool finePass_ = false;
     int probesLeft_ = 0;
