@@ -7,6 +7,7 @@
 #include "platform/qt_window_close.h"
 #include "tuning/graph_view_window.h"
 #include "tuning/graph_win_model.h"
+#include "tuning/sweep_panel_window.h"
 #include "tuning/tuning_texts.h"
 #include "widgets/face_colour.h"
 
@@ -18,6 +19,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QScreen>
@@ -125,6 +127,13 @@ GraphWin::GraphWin(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws
     setCentralWidget(central);
     buildMenus();
 
+    // The sweep panel: a frame between the graph and the controls, its entries in the
+    // File menu before Exit.
+    SweepPanelfr = new SweepPanel(model_->review(), *ws_.dialogs, central);
+    top->insertWidget(1, SweepPanelfr);
+    SweepPanelfr->addMenuEntries(menuBar()->findChild<QMenu*>("mnuFile"), mnuExit);
+    SweepPanelfr->setGraphParts(Graphfr, {labelColumn_[0], Graphpb, labelColumn_[1], AxisRatelb, AxisAnglelb});
+
     GainMsgTmr = new QTimer(this);
     GainMsgTmr->setObjectName("GainMsgTmr");
     GainMsgTmr->setInterval(kGainMsgIntervalMs);
@@ -137,6 +146,7 @@ GraphWin::GraphWin(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws
     Graphpb->setOnResized([this] { guarded([&] { model_->renderer().RedrawTraces(); }); });
     showAll();
     resize(1000, 720);
+    resize(width(), height() + SweepPanelfr->sizeHint().height() + top->spacing()); // the graph keeps its size
 }
 
 GraphWin::~GraphWin() = default;

@@ -29,6 +29,7 @@ namespace kdx {
 class ClickLabel;
 class GraphView;
 class GraphWinModel;
+class SweepPanel;
 
 class GraphWin : public QMainWindow {
     Q_OBJECT
@@ -138,6 +139,9 @@ public:
     QGroupBox* TracesLoadSavefr = nullptr;
     QPushButton* SaveTracecb = nullptr;
     QPushButton* LoadTracecb = nullptr;
+
+    // The latest sweep's numbers, the pinned reference and the exports, under the graph.
+    SweepPanel* SweepPanelfr = nullptr;
 
     QTimer* GainMsgTmr = nullptr;
     QAction* mnuSaveTrace = nullptr;
