@@ -2,13 +2,10 @@
 // receiver, the decoder, the live-value labels, the tuning window's samples and a log
 // line written to a file. The live rate is 100 messages a second. Labels are set only when
 // their text changes; painting happens at screen rate, outside this loop.
+#include "app/application.h"
 #include "fakes/fake_serial_port.h"
 #include "fakes/scripted_dialogs.h"
-#include "link/comms_link_window.h"
 #include "link/frame.h"
-#include "mainwindow/main_entry.h"
-#include "telemetry/telemetry_setup_window.h"
-#include "tuning/graph_win_window.h"
 
 #include <QDir>
 #include <QLabel>
@@ -45,24 +42,13 @@ void BM_DirectMessageThroughMainWindow(benchmark::State& state)
     test::ScriptedDialogs dialogs;
     dialogs.failOnUnexpected = false;
     test::FakeKeyState keys;
-    Workspace ws;
-    ws.dialogs = &dialogs;
-    ws.keys = &keys;
-    CommsLink comms(port, dialogs);
-    ws.comms = &comms;
-    MainEntry main(ws);
-    ws.main = &main;
-    GraphWin graph(ws);
-    ws.graph = &graph;
-    graph.resize(1400, 800);
-    TelemetrySetup logging(dialogs);
-    ws.logging = &logging;
-    logging.setHeaderProvider([&] { return main.GetTelemetryFileTitles(); });
-    logging.Form_Load();
+    Application program(port, dialogs, keys);
+    CommsLink& comms = program.comms;
+    MainEntry& main = program.main;
+    TelemetrySetup& logging = program.logging;
+    program.graph.resize(1400, 800);
     logging.LogFileName->setText(QDir(dir.path()).filePath("Run1.csv"));
-    comms.setMessageSink(&main);
-    comms.Form_Load();
-    main.Form_Load();
+    program.Form_Load();
     logging.StartLog_Click();
     // 50 messages, then the two 500 ms ticks that would have come meanwhile (the quality
     // count is a 16-bit figure the tick resets).

@@ -9,12 +9,10 @@
 #include "sim/qt_sim_port.h"
 #include "tuning/graph_win_model.h"
 #include "tuning/sweep_panel_window.h"
-#include "windows/about_window.h"
 #include "windows/velmor_logo.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QDir>
 #include <QTimer>
 
 #include <algorithm>
@@ -32,37 +30,6 @@ constexpr int kScreenshotTuneMs = 2000;
 // the limit.
 constexpr int kScreenshotPSteps = 7;
 constexpr int kScreenshotLimitMs = 30000;
-
-// Saves each window of the program as DIR/NAME.png, the hidden ones shown for it.
-bool saveScreenshots(const QString& dirPath, kdx::Workspace& ws)
-{
-    QDir dir;
-    if (!dir.mkpath(dirPath)) {
-        std::fprintf(stderr, "kdxtool: cannot create %s\n", qPrintable(dirPath));
-        return false;
-    }
-    kdx::FrmAbout about(ws, ws.main);
-    const std::pair<QWidget*, const char*> windows[] = {
-        {ws.main, "main"},       {ws.graph, "tuning"},
-        {ws.comms, "comms-link"},
-        {ws.logging, "data-logging"},
-        {ws.debug, "debug-display"},
-        {&about, "about"},       {ws.wait, "wait"},
-    };
-    for (const auto& [w, _] : windows) w->show();
-    QCoreApplication::processEvents(); // lay out and paint what was just shown
-    bool ok = true;
-    for (const auto& [w, name] : windows) {
-        const QString path = QDir(dirPath).filePath(QString(name) + ".png");
-        if (w->grab().save(path)) {
-            std::printf("%s\n", qPrintable(path));
-        } else {
-            std::fprintf(stderr, "kdxtool: cannot write %s\n", qPrintable(path));
-            ok = false;
-        }
-    }
-    return ok;
-}
 
 } // namespace
 
@@ -145,9 +112,7 @@ int main(int argc, char** argv)
     });
     const QStringList files = parser.positionalArguments();
     if (!files.isEmpty()) {
-        QString path = files.first();
-        if (!(path.startsWith('"') && path.endsWith('"') && path.size() >= 2)) path = '"' + path + '"';
-        kdx::guarded([&] { program.main.handleCommandLine(path.toStdString()); });
+        kdx::guarded([&] { program.openCommandLineFile(files.first().toStdString()); });
     }
     QTimer sweepWatch;
     if (!screenshotDir.isEmpty()) {
@@ -172,12 +137,12 @@ int main(int argc, char** argv)
                 pinAfter = review.sweepsTaken() + 2;
             } else if (review.reference() && review.sweepsTaken() >= pinAfter) {
                 sweepWatch.stop();
-                QCoreApplication::exit(saveScreenshots(screenshotDir, program.ws) ? 0 : 1);
+                QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1);
             }
         });
         sweepWatch.start();
         // Without a module answering, the pictures are taken all the same.
-        QTimer::singleShot(kScreenshotLimitMs, [&] { QCoreApplication::exit(saveScreenshots(screenshotDir, program.ws) ? 0 : 1); });
+        QTimer::singleShot(kScreenshotLimitMs, [&] { QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1); });
     }
     const int rc = QCoreApplication::exec();
     program.comms.unload(); // the port is closed however the loop ended

@@ -5,6 +5,7 @@
 // only through the message sink and the link-loss listener.
 #include "core/colour.h"
 #include "link/frame.h"
+#include "link/link_control.h"
 #include "link/message_sink.h"
 #include "link/playback.h"
 #include "link/receiver.h"
@@ -29,7 +30,7 @@ namespace kdx {
 class Dialogs;
 class SerialPort;
 
-class CommsLink : public QWidget {
+class CommsLink : public QWidget, public LinkControl {
     Q_OBJECT
 public:
     static constexpr int PortCount = 18;
@@ -54,7 +55,7 @@ public:
     // Window load: settings, port scan, port selection, receiver guard cleared.
     void Form_Load();
     // Frames and transmits one message from the shared outgoing buffer.
-    void SendMessage(const OutMsgBuffer& msg);
+    void SendMessage(const OutMsgBuffer& msg) override;
     void ResetSync() { rx_.ResetSync(); }
     bool GetCommsGood() const { return rx_.GetCommsGood(); }
     // Opens port number `port` (1 .. 18) of the last scan.
@@ -62,8 +63,8 @@ public:
     // Selects the port with this name (kdxtool --port). A name the scan did not list is
     // added, in the last slot when all 18 are taken, and keeps its slot in later scans.
     bool selectPortByName(const std::string& name);
-    void SetBaudForKDX();
-    void SetBaudForQVane();
+    void SetBaudForKDX() override;
+    void SetBaudForQVane() override;
 
     // Handlers.
     void RescanCOMportscb_Click();
@@ -78,7 +79,7 @@ public:
     // ---- recorded input ----
     // The recording Start plays (the caption of LogFileInName); kdxtool's command line
     // names one this way.
-    void SetInputFilename(const std::string& name);
+    void SetInputFilename(const std::string& name) override;
     std::string inputFilename() const;
     void LogFileInChangecb_Click();
     void StartLogIn_Click();

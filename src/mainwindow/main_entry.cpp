@@ -5,19 +5,14 @@
 #include "config/memory_transfer.h"
 #include "core/colour.h"
 #include "core/host_numeric.h"
-#include "link/comms_link_window.h"
 #include "link/message_ids.h"
-#include "mainwindow/click_label.h"
+#include "widgets/click_label.h"
 #include "platform/dialogs.h"
 #include "platform/key_state.h"
 #include "platform/qt_guard.h"
-#include "telemetry/telemetry_setup_window.h"
 #include "tuning/gain_message.h"
-#include "tuning/graph_win_window.h"
+#include "tuning/tuning_display.h"
 #include "widgets/face_colour.h"
-#include "windows/about_window.h"
-#include "windows/debug_display_window.h"
-#include "windows/pup_wait.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -58,7 +53,7 @@ bool isKnownExtensionInAnyCase(const std::string& ext)
 
 } // namespace
 
-MainEntry::MainEntry(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws)
+MainEntry::MainEntry(const Peers& peers, QWidget* parent) : QMainWindow(parent), peers_(peers)
 {
     setObjectName("MainEntry");
     setWindowTitle(kCaption);
@@ -123,22 +118,18 @@ void MainEntry::Form_Load()
 // screen now so that it appears there later.
 void MainEntry::showWaitWindow()
 {
-    if (ws_.graph) ws_.graph->hide();
-    if (ws_.logging) ws_.logging->hide();
+    peers_.windows.hideWindow(ProgramWindow::Tuning);
+    peers_.windows.hideWindow(ProgramWindow::DataLogging);
     hide();
-    if (!ws_.wait) return;
     if (const QScreen* s = screen()) move(s->availableGeometry().center() - rect().center());
-    ws_.wait->adjustSize();
-    ws_.wait->move(geometry().center() - ws_.wait->rect().center());
-    ws_.wait->show();
-    ws_.wait->InputSwitchTimer->start();
+    peers_.windows.showWindow(ProgramWindow::Wait);
 }
 
 // ---- link ---------------------------------------------------------------------------
 
 void MainEntry::SendMessage()
 {
-    if (ws_.comms) ws_.comms->SendMessage(OutMsg);
+    peers_.link.SendMessage(OutMsg);
 }
 
 void MainEntry::SendPID(float P, float I, float IA, float D, float G, float V1, float V2, int MotorIndex)
@@ -157,15 +148,7 @@ void MainEntry::RestartIntoBootloader()
     SendMessage();
 }
 
-void MainEntry::RestartIntoBLcb_Click()
-{
-    if (!ws_.wait) { // the wait window exists from here on, hidden
-        auto wait = std::make_unique<PUPWait>(ws_);
-        ws_.wait = wait.get();
-        ownedWait_ = std::move(wait);
-    }
-    RestartIntoBootloader();
-}
+void MainEntry::RestartIntoBLcb_Click() { RestartIntoBootloader(); }
 
 void MainEntry::PutMessageReceived(bool good)
 {
@@ -263,7 +246,7 @@ void MainEntry::SetDataModified(bool flag)
 
 bool MainEntry::ConfirmReadOverChanges()
 {
-    return ws_.dialogs->MsgBox(std::string(kConfirmReadPrompt), box::YesNoWarning, std::string(kConfirmReadTitle)) ==
+    return peers_.dialogs.MsgBox(std::string(kConfirmReadPrompt), box::YesNoWarning, std::string(kConfirmReadTitle)) ==
            Answer::Yes;
 }
 
@@ -271,7 +254,7 @@ bool MainEntry::ConfirmReadOverChanges()
 
 void MainEntry::LoadConfigcb_Click()
 {
-    if (ws_.dialogs->MsgBox(std::string(configfile::ConfirmLoadPrompt), box::YesNo,
+    if (peers_.dialogs.MsgBox(std::string(configfile::ConfirmLoadPrompt), box::YesNo,
                             std::string(configfile::ConfirmLoadTitle)) != Answer::Yes)
         return;
     FileDialogRequest r;
@@ -279,7 +262,7 @@ void MainEntry::LoadConfigcb_Click()
     r.filter = std::string(TargetIsQVane ? configfile::LoadFilterQVane : configfile::LoadFilterDirect);
     r.defaultExt = std::string(TargetIsQVane ? configfile::ExtQVane : configfile::ExtDirect);
     r.fileName = std::string(configfile::DefaultFileName);
-    const auto path = ws_.dialogs->OpenFile(r);
+    const auto path = peers_.dialogs.OpenFile(r);
     if (!path) return; // cancelled
     loadConfigFrom(*path);
 }
@@ -291,11 +274,11 @@ void MainEntry::loadConfigFrom(const std::string& path)
     const ConfigLoad load = loadConfigFile(path, TargetIsQVane);
     bool second = false;
     if (load.status == ConfigLoadStatus::Failed) {
-        ws_.dialogs->MsgBox(load.box.prompt, load.box.style, load.box.title);
+        peers_.dialogs.MsgBox(load.box.prompt, load.box.style, load.box.title);
         return;
     }
     if (load.status == ConfigLoadStatus::AskMotor)
-        second = ws_.dialogs->MsgBox(load.box.prompt, load.box.style, load.box.title) != Answer::Yes;
+        second = peers_.dialogs.MsgBox(load.box.prompt, load.box.style, load.box.title) != Answer::Yes;
     applyConfigLoad(load, config_.image(), second);
     SetShortFileName(path);
     config_.acceptNewImage();
@@ -310,12 +293,12 @@ void MainEntry::SaveConfigcb_Click()
     r.filter = std::string(TargetIsQVane ? configfile::SaveFilterQVane : configfile::SaveFilterDirect);
     r.defaultExt = std::string(TargetIsQVane ? configfile::ExtQVane : configfile::ExtDirect);
     r.fileName = std::string(configfile::DefaultFileName);
-    const auto path = ws_.dialogs->SaveFile(r);
+    const auto path = peers_.dialogs.SaveFile(r);
     if (!path) return;
     // The file receives the values shown, unwritten changes included, with a fresh checksum.
     config_.ParamsToImage();
     if (const auto error = saveConfigFile(*path, config_.image(), !TargetIsQVane)) {
-        ws_.dialogs->MsgBox(error->prompt, error->style, error->title);
+        peers_.dialogs.MsgBox(error->prompt, error->style, error->title);
         return;
     }
     SetShortFileName(*path);
@@ -350,11 +333,11 @@ void MainEntry::ParamLabel_Click(ParamLabel l, int index)
     const EntryCommand* command = findEntryCommand(l);
     if (!command) return;
     if (command->target == EntryTarget::QVaneAxis && TargetIsQVane &&
-        ws_.dialogs->MsgBox(std::string(kAxisWarningText), box::YesNoWarning, std::string(kAxisWarningTitle)) !=
+        peers_.dialogs.MsgBox(std::string(kAxisWarningText), box::YesNoWarning, std::string(kAxisWarningTitle)) !=
             Answer::Yes)
         return;
     const float current = entryCurrentValue(config_, *command, index);
-    const std::string answer = ws_.dialogs->InputBox(std::string(command->prompt), std::string(kEntryTitle),
+    const std::string answer = peers_.dialogs.InputBox(std::string(command->prompt), std::string(kEntryTitle),
                                                      askValueDefault(current));
     applyEntry(config_, *command, index, AskValueResult(current, answer));
 }
@@ -366,11 +349,9 @@ void MainEntry::Reversecb_Click(int index)
 
 void MainEntry::Voltagetb_Click()
 {
-    if (!ws_.keys || !ws_.keys->shiftDown()) return;
-    if (ws_.debug) {
-        ws_.debug->show();
-        ws_.debug->raise();
-    }
+    if (!peers_.keys.shiftDown()) return;
+    peers_.windows.showWindow(ProgramWindow::DebugDisplay);
+    peers_.windows.raiseWindow(ProgramWindow::DebugDisplay);
     DebugIDFr->setVisible(true);
 }
 
@@ -412,7 +393,7 @@ void MainEntry::TestDrivecb_Click(int index)
 void MainEntry::TestPtb_Click()
 {
     const float current = testMode_.testPower();
-    const std::string answer = ws_.dialogs->InputBox(std::string(testmode::PowerPrompt), std::string(kEntryTitle),
+    const std::string answer = peers_.dialogs.InputBox(std::string(testmode::PowerPrompt), std::string(kEntryTitle),
                                                      askValueDefault(current));
     testMode_.applyTestPower(AskValueResult(current, answer));
     showTestValues();
@@ -421,7 +402,7 @@ void MainEntry::TestPtb_Click()
 void MainEntry::TestRatetb_Click()
 {
     const float current = testMode_.testRate();
-    const std::string answer = ws_.dialogs->InputBox(std::string(testmode::RatePrompt), std::string(kEntryTitle),
+    const std::string answer = peers_.dialogs.InputBox(std::string(testmode::RatePrompt), std::string(kEntryTitle),
                                                      askValueDefault(current));
     testMode_.applyTestRate(AskValueResult(current, answer));
     showTestValues();
@@ -455,10 +436,7 @@ void MainEntry::followTestTmr()
 
 void MainEntry::mnuAbout_Click()
 {
-    auto* about = new FrmAbout(ws_, this);
-    about->setAttribute(Qt::WA_DeleteOnClose);
-    about->Form_Load();
-    about->open(); // modal to this window, without a nested event loop
+    peers_.windows.showWindow(ProgramWindow::About);
 }
 
 // ---- start-up and quit --------------------------------------------------------------
@@ -475,23 +453,23 @@ void MainEntry::handleCommandLine(const std::string& commandLine)
         StartupFileLoaded = true;
     }
     ShowQVaneAxis(3);
-    if (ext == "btf" && ws_.graph) ws_.graph->LoadTuningFileOnInit(path);
+    if (ext == "btf") peers_.tuning.LoadTuningFileOnInit(path);
     // Any other file is a recorded byte stream: it becomes the playback file, and the
     // Comms Link window comes up with it, since without a module the other windows wait.
-    if (!isKnownExtensionInAnyCase(ext) && ws_.comms) {
-        ws_.comms->SetInputFilename(path);
-        ws_.comms->show();
+    if (!isKnownExtensionInAnyCase(ext)) {
+        peers_.link.SetInputFilename(path);
+        peers_.windows.showWindow(ProgramWindow::CommsLink);
     }
 }
 
 bool MainEntry::GoForQuit()
 {
-    if (tuningDataModified && tuningDataModified())
-        return ws_.dialogs->MsgBox("The Tuning Window data has been modified but not updated to the configuration "
+    if (peers_.tuning.GetDataModified())
+        return peers_.dialogs.MsgBox("The Tuning Window data has been modified but not updated to the configuration "
                                    "data. Still Quit ?",
                                    box::YesNo, "Tuning Data Modified") == Answer::Yes;
     if (config_.GetDataModified())
-        return ws_.dialogs->MsgBox("The current settings been modified but not written to the KDX module. Still Quit ?",
+        return peers_.dialogs.MsgBox("The current settings been modified but not written to the KDX module. Still Quit ?",
                                    box::YesNo, "Tuning Data Modified") == Answer::Yes;
     return true;
 }
@@ -500,7 +478,7 @@ void MainEntry::RemoteQueryUnload()
 {
     if (!GoForQuit()) return;
     quitting_ = true;
-    if (unloadAll) unloadAll();
+    peers_.windows.unloadAll();
     close();
 }
 
@@ -512,7 +490,7 @@ void MainEntry::closeEvent(QCloseEvent* event)
     }
     if (GoForQuit()) {
         quitting_ = true;
-        if (unloadAll) unloadAll();
+        peers_.windows.unloadAll();
         event->accept();
         return;
     }
@@ -540,11 +518,11 @@ void MainEntry::KDXAxisSelcb_Click(int index)
 void MainEntry::TgtSelcb_Click(int index)
 {
     if (index == 0) {
-        if (ws_.comms) ws_.comms->SetBaudForKDX();
+        peers_.link.SetBaudForKDX();
         QVaneConnectFr->setVisible(false);
         ShowQVaneAxis(3);
     } else {
-        if (ws_.comms) ws_.comms->SetBaudForQVane();
+        peers_.link.SetBaudForQVane();
         QVaneConnectFr->setVisible(true);
         ShowQVaneAxis(0);
     }
@@ -554,7 +532,7 @@ void MainEntry::ShowQVaneAxis(int axis)
 {
     if (axis == LastQVaneAxis) return;
     LastQVaneAxis = axis;
-    if (ws_.graph) ws_.graph->SetEnable(false);
+    peers_.tuning.SetEnable(false);
     for (int i = 0; i < 3; ++i)
         paintFace(KDXAxisSelcb[static_cast<std::size_t>(i)], i == axis ? colours::Green : colours::LightGrey);
 }

@@ -4,20 +4,22 @@
 // message sink of the link. Logic lives in kdxcore (DriverConfig and friends); this
 // class owns the controls and the handlers.
 #include "config/driver_config.h"
+#include "config/connection_select.h"
 #include "config/param_label.h"
 #include "config/test_mode.h"
 #include "link/frame.h"
+#include "link/link_control.h"
 #include "link/message_sink.h"
+#include "platform/program_windows.h"
 #include "telemetry/changed_only.h"
 #include "telemetry/cyclic_telemetry.h"
 #include "telemetry/live_captions.h"
-#include "mainwindow/workspace.h"
+#include "tuning/gain_sender.h"
 #include "tuning/gain_store.h"
 
 #include <QMainWindow>
 
 #include <array>
-#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -34,11 +36,31 @@ class QTimer;
 namespace kdx {
 
 class ClickLabel;
+class DebugChannel;
+class Dialogs;
+class KeyState;
+class TelemetryLog;
+class TuningDisplay;
 
-class MainEntry : public QMainWindow, public MessageSink {
+class MainEntry : public QMainWindow,
+                  public MessageSink,
+                  public GainSender,
+                  public QuitRequester,
+                  public ConnectionSelect,
+                  public BootloaderRestart {
     Q_OBJECT
 public:
-    explicit MainEntry(Workspace& ws, QWidget* parent = nullptr);
+    // The other windows as this one uses them; all must outlive it.
+    struct Peers {
+        Dialogs& dialogs;
+        const KeyState& keys;
+        LinkControl& link;
+        ProgramWindows& windows;
+        TuningDisplay& tuning;
+        TelemetryLog& log;
+        DebugChannel& debug;
+    };
+    explicit MainEntry(const Peers& peers, QWidget* parent = nullptr);
     ~MainEntry() override;
 
     void Form_Load();
@@ -53,13 +75,13 @@ public:
     // Sends the shared outgoing buffer through the link.
     void SendMessage();
     // The gain message of the tuning window, direct or relayed by the target mode.
-    void SendPID(float P, float I, float IA, float D, float G, float V1, float V2, int MotorIndex);
+    void SendPID(float P, float I, float IA, float D, float G, float V1, float V2, int MotorIndex) override;
     // Restarts the module into its bootloader (About window and RestartIntoBLcb): always
     // the direct form 3, 254, 257, whatever the target.
-    void RestartIntoBootloader();
+    void RestartIntoBootloader() override;
     // Ends both motors' direction tests (the tuning window calls it); a motor switched
     // off stays off.
-    void CancelTest();
+    void CancelTest() override;
     // The gain accessors as the tuning window's gain panel uses them.
     GainStore& gainStore() { return gainStore_; }
 
@@ -97,21 +119,17 @@ public:
     void mnuAbout_Click();
     // A click on a parameter label (PTermtb_Click(Index) and the others).
     void ParamLabel_Click(ParamLabel label, int index);
-    void KDXAxisSelcb_Click(int index);
+    void KDXAxisSelcb_Click(int index) override;
     void TgtSelcb_Click(int index);
     // Brings up the working windows (first telemetry, or Shift+click on the wait logo).
-    void SetDisplayVisible();
+    void SetDisplayVisible() override;
     // The one quit decision: asks about unsaved tuning data first, unwritten settings
     // second, at most one question. True means quit.
     bool GoForQuit();
     // File, Exit of the main and tuning windows, and the wait window's Quit.
-    void RemoteQueryUnload();
+    void RemoteQueryUnload() override;
     // Handles the command line's file (a .kdx configuration or a .btf tuning file).
     void handleCommandLine(const std::string& commandLine);
-    // Whether the tuning window holds gains not yet written to the configuration.
-    std::function<bool()> tuningDataModified;
-    // Unloads the other windows and ends the program (set by the composition root).
-    std::function<void()> unloadAll;
     bool StartupFileLoaded = false;
     // The telemetry log's header line for the current target mode, with the debug
     // display's titles when it logs its data; CR LF included.
@@ -229,12 +247,13 @@ private:
         void PutV2(float v, int m) override { c_.PutV2(v, m); }
         void PutG(float v, int m) override { c_.PutG(v, m); }
         bool GetGainsHaveBeenLoaded() const override { return c_.GetGainsHaveBeenLoaded(); }
+        bool GetDataModified() const override { return c_.GetDataModified(); }
 
     private:
         DriverConfig& c_;
     };
 
-    Workspace& ws_;
+    Peers peers_;
     DriverConfig config_;
     ConfigGains gainStore_{config_};
     int shownMajor_ = -1, shownMinor_ = -1;
@@ -243,8 +262,6 @@ private:
     bool memoryRequestPending_ = false; // a read or write waits for its answer
     TestMode testMode_;
     std::optional<bool> motorOneShown_; // as the last direct message or target change left them
-    // The wait window made here when the composition root has none.
-    std::unique_ptr<QWidget> ownedWait_;
 };
 
 } // namespace kdx

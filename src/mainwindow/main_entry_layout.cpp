@@ -1,12 +1,8 @@
 // The main window's controls and menus, laid out with Qt layouts.
 #include "config/param_label.h"
-#include "mainwindow/click_label.h"
+#include "widgets/click_label.h"
 #include "mainwindow/main_entry.h"
-#include "link/comms_link_window.h"
-#include "telemetry/telemetry_setup_window.h"
-#include "tuning/graph_win_window.h"
 #include "platform/qt_guard.h"
-#include "windows/debug_display_window.h"
 
 #include <QAction>
 #include <QApplication>
@@ -296,32 +292,24 @@ void MainEntry::buildMenus()
     QMenu* window = menuBar()->addMenu("&Window");
     window->setObjectName("mnuWindow");
     QAction* graph = window->addAction("&Tuning Display", this, [this] {
-        if (ws_.graph) {
-            ws_.graph->show();
-            ws_.graph->raise();
-        }
+        peers_.windows.showWindow(ProgramWindow::Tuning);
+        peers_.windows.raiseWindow(ProgramWindow::Tuning);
     });
     graph->setObjectName("mnuGraph");
     graph->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_T));
     QAction* comms = window->addAction("&Comms Link", this, [this] {
-        if (ws_.comms) {
-            ws_.comms->show();
-            ws_.comms->raise();
-        }
+        peers_.windows.showWindow(ProgramWindow::CommsLink);
+        peers_.windows.raiseWindow(ProgramWindow::CommsLink);
     });
     comms->setObjectName("mnuCommsLink");
     QAction* logging = window->addAction("&Logging", this, [this] {
-        if (ws_.logging) {
-            ws_.logging->show();
-            ws_.logging->raise();
-        }
+        peers_.windows.showWindow(ProgramWindow::DataLogging);
+        peers_.windows.raiseWindow(ProgramWindow::DataLogging);
     });
     logging->setObjectName("mnuLogging");
     mnuDebug = window->addAction("&Debug Display", this, [this] {
-        if (ws_.debug) {
-            ws_.debug->show();
-            ws_.debug->raise();
-        }
+        peers_.windows.showWindow(ProgramWindow::DebugDisplay);
+        peers_.windows.raiseWindow(ProgramWindow::DebugDisplay);
     });
     mnuDebug->setObjectName("mnuDebug");
 

@@ -1,15 +1,13 @@
 // The main window's side of the cyclic telemetry: decoding into the live values,
 // the "Current Values" panel, the target mode, and the first-telemetry actions.
 #include "core/colour.h"
-#include "mainwindow/click_label.h"
+#include "widgets/click_label.h"
 #include "mainwindow/main_entry.h"
-#include "link/comms_link_window.h"
 #include "platform/qt_guard.h"
-#include "windows/debug_display_window.h"
-#include "windows/pup_wait.h"
 #include "telemetry/log_line.h"
-#include "telemetry/telemetry_setup_window.h"
-#include "tuning/graph_win_window.h"
+#include "telemetry/debug_channel.h"
+#include "telemetry/telemetry_log.h"
+#include "tuning/tuning_display.h"
 #include "widgets/face_colour.h"
 
 #include <QFontMetrics>
@@ -40,7 +38,7 @@ void MainEntry::PutCyclicQvaneMsg(const MsgView& msg)
     ShowQVaneAxis(msg[2]);
     const CyclicTelemetry decoded = decodeCyclicQvaneMsg(msg);
     applyDecoded(live, decoded);
-    if (ws_.graph) ws_.graph->PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
+    peers_.tuning.PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
     ShowLiveValues();
     writeLogLine();
     if (!TelemetrySeen) {
@@ -57,12 +55,10 @@ void MainEntry::PutCyclicMsg(const MsgView& msg)
     const CyclicTelemetry decoded = decodeCyclicMsg(msg);
     applyDecoded(live, decoded);
     showMotorOnePanels((live.MotorConfigBits & 8) == 0);
-    if (ws_.debug) ws_.debug->PutDebugData(live.debug);
+    peers_.debug.PutDebugData(live.debug);
     ShowVersion(live.VersionMajor, live.VersionMinor);
-    if (ws_.graph) {
-        ws_.graph->PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
-        ws_.graph->PutSample(1, live.motor[1].AxisRate, live.motor[1].AxisError);
-    }
+    peers_.tuning.PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
+    peers_.tuning.PutSample(1, live.motor[1].AxisRate, live.motor[1].AxisError);
     ShowLiveValues();
     writeLogLine();
     if (!TelemetrySeen) {
@@ -77,9 +73,9 @@ void MainEntry::SetTargetIsQVane(bool value)
 {
     if (value && !TargetIsQVane) {
         showMotorOnePanels(false); // a Q-Vane reports one axis at a time
-        if (ws_.graph) ws_.graph->SetSecondMotorVisible(false);
+        peers_.tuning.SetSecondMotorVisible(false);
     } else if (!value && TargetIsQVane) {
-        if (ws_.graph) ws_.graph->SetSecondMotorVisible(true);
+        peers_.tuning.SetSecondMotorVisible(true);
     }
     TargetIsQVane = value;
 }
@@ -125,8 +121,8 @@ void MainEntry::ShowLiveValues()
     setCaption(Voltagetb, captions_.Voltagetb);
     setCaption(Switchtb, captions_.Switchtb);
     if ((live.SwitchBits & 1) && !ButtonFr->isVisibleTo(this)) ButtonFr->setVisible(true);
-    if (shownSelectedValid_.changed(live.SelectedInputValid) && ws_.graph)
-        ws_.graph->SetInputValid(live.SelectedInputValid);
+    if (shownSelectedValid_.changed(live.SelectedInputValid))
+        peers_.tuning.SetInputValid(live.SelectedInputValid);
     for (std::size_t i = 0; i < 3; ++i)
         if (shownValid_[i].changed(live.InputValid[i])) paintFace(Validitiescb[i], validityColour(live.InputValid[i]));
     DebIDtb->setCaption(QString::number(config_.debugId()));
@@ -134,31 +130,28 @@ void MainEntry::ShowLiveValues()
 
 std::string MainEntry::GetTelemetryFileTitles() const
 {
-    if (ws_.debug && ws_.debug->GetLogDebugData()) return telemetryFileTitles(TargetIsQVane, ws_.debug->GetDebugTitles());
+    if (peers_.debug.GetLogDebugData()) return telemetryFileTitles(TargetIsQVane, peers_.debug.GetDebugTitles());
     return telemetryFileTitles(TargetIsQVane);
 }
 
 void MainEntry::writeLogLine()
 {
-    if (!ws_.logging || !ws_.logging->GetLoggingDataToFile()) return;
+    if (!peers_.log.GetLoggingDataToFile()) return;
     logLine_.clear();
-    if (ws_.debug && ws_.debug->GetLogDebugData())
-        appendTelemetryLogLine(logLine_, live, ws_.debug->GetDebugStrToLog());
+    if (peers_.debug.GetLogDebugData())
+        appendTelemetryLogLine(logLine_, live, peers_.debug.GetDebugStrToLog());
     else
         appendTelemetryLogLine(logLine_, live);
-    ws_.logging->PutStringToLog(logLine_);
+    peers_.log.PutStringToLog(logLine_);
 }
 
 void MainEntry::SetDisplayVisible()
 {
-    if (ws_.logging) ws_.logging->show();
-    if (ws_.wait) {
-        ws_.wait->hide();
-        ws_.wait->InputSwitchTimer->stop();
-    }
-    if (ws_.graph) ws_.graph->show();
+    peers_.windows.showWindow(ProgramWindow::DataLogging);
+    peers_.windows.hideWindow(ProgramWindow::Wait);
+    peers_.windows.showWindow(ProgramWindow::Tuning);
     show();
-    if (ws_.comms) ws_.comms->hide();
+    peers_.windows.hideWindow(ProgramWindow::CommsLink);
     DisplayVisible = true;
 }
 

@@ -3,6 +3,7 @@
 // file names and shows how many lines went in. The file itself is a LogWriter; this
 // window owns the controls, the name and the boxes.
 #include "telemetry/log_writer.h"
+#include "telemetry/telemetry_log.h"
 #include "widgets/posted_box.h"
 
 #include <QMainWindow>
@@ -21,7 +22,7 @@ namespace kdx {
 
 class Dialogs;
 
-class TelemetrySetup : public QMainWindow {
+class TelemetrySetup : public QMainWindow, public TelemetryLog {
     Q_OBJECT
 public:
     // How often buffered lines are checked for their age; with the writer's half-second
@@ -38,10 +39,10 @@ public:
     void Form_Load();
 
     // True while a log file is open (paused or not).
-    bool GetLoggingDataToFile() const { return log_.GetLoggingDataToFile(); }
+    bool GetLoggingDataToFile() const override { return log_.GetLoggingDataToFile(); }
     // One prepared line, CR LF included; dropped unless logging and not paused. Called
     // once per telemetry message, so it only touches a label every tenth line.
-    void PutStringToLog(const std::string& line);
+    void PutStringToLog(const std::string& line) override;
     // The header line written at Start (the main window's GetTelemetryFileTitles).
     // Until one is set, the direct-mode titles are written.
     void setHeaderProvider(std::function<std::string()> provider);

@@ -21,6 +21,8 @@ public:
     virtual void PutV2(float value, int motor) = 0;
     virtual void PutG(float value, int motor) = 0;
     virtual bool GetGainsHaveBeenLoaded() const = 0;
+    // Whether the configuration holds changes not yet written to the module.
+    virtual bool GetDataModified() const = 0;
 };
 
 } // namespace kdx

@@ -1,10 +1,12 @@
 #include "tuning/graph_win_window.h"
 
 #include "core/colour.h"
-#include "mainwindow/click_label.h"
-#include "mainwindow/main_entry.h"
+#include "widgets/click_label.h"
+#include "platform/program_windows.h"
 #include "platform/qt_guard.h"
 #include "platform/qt_window_close.h"
+#include "tuning/gain_sender.h"
+#include "tuning/gain_store.h"
 #include "tuning/graph_view_window.h"
 #include "tuning/graph_win_model.h"
 #include "tuning/sweep_panel_window.h"
@@ -98,7 +100,9 @@ QPushButton* GraphWin::addButton(QWidget* parent, QBoxLayout* row, const QString
     return b;
 }
 
-GraphWin::GraphWin(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws)
+GraphWin::GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows, QuitRequester& quit,
+                   Dialogs& dialogs, const KeyState& keys, QWidget* parent)
+    : QMainWindow(parent), config_(config), drive_(drive), windows_(windows), quit_(quit)
 {
     setObjectName("GraphWin");
     setWindowTitle(qs(tuning_text::WindowCaption));
@@ -109,7 +113,7 @@ GraphWin::GraphWin(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws
     top->addWidget(Graphfr, 1);
 
     // The renderer draws from the first resize on; until then the picture has no area.
-    model_ = std::make_unique<GraphWinModel>(Graphpb->canvas(), ws_.main->gainStore(), *ws_.dialogs, *ws_.keys);
+    model_ = std::make_unique<GraphWinModel>(Graphpb->canvas(), config_, dialogs, keys);
 
     auto* bottom = new QHBoxLayout;
     buildControls(central);
@@ -129,7 +133,7 @@ GraphWin::GraphWin(Workspace& ws, QWidget* parent) : QMainWindow(parent), ws_(ws
 
     // The sweep panel: a frame between the graph and the controls, its entries in the
     // File menu before Exit.
-    SweepPanelfr = new SweepPanel(model_->review(), *ws_.dialogs, central);
+    SweepPanelfr = new SweepPanel(model_->review(), dialogs, central);
     top->insertWidget(1, SweepPanelfr);
     SweepPanelfr->addMenuEntries(menuBar()->findChild<QMenu*>("mnuFile"), mnuExit);
     SweepPanelfr->setGraphParts(Graphfr, {labelColumn_[0], Graphpb, labelColumn_[1], AxisRatelb, AxisAnglelb});
@@ -433,7 +437,7 @@ void GraphWin::showGains()
     // The gain message runs exactly while "Enab" is ticked.
     if (enabled && !GainMsgTmr->isActive()) {
         // Tuning takes over the motor: a test drive in its direction would fight the gains.
-        if (ws_.main) ws_.main->CancelTest();
+        drive_.CancelTest();
         GainMsgTmr->start();
     }
     if (!enabled && GainMsgTmr->isActive()) GainMsgTmr->stop();
@@ -461,7 +465,7 @@ void GraphWin::SetEnable(bool flag)
 
 void GraphWin::PutCommsJustWentBad()
 {
-    disconnectedBox_.post([this] { model_->PutCommsJustWentBad(ws_.main && ws_.main->GetDataModified()); });
+    disconnectedBox_.post([this] { model_->PutCommsJustWentBad(config_.GetDataModified()); });
 }
 
 bool GraphWin::GetDataModified() const { return model_->GetDataModified(); }
@@ -535,7 +539,7 @@ void GraphWin::LoadTracecb_Click()
     showAll();
 }
 
-void GraphWin::mnuExit_Click() { ws_.main->RemoteQueryUnload(); }
+void GraphWin::mnuExit_Click() { quit_.RemoteQueryUnload(); }
 
 // Closing puts the window away and hands the user back to the main window; gains
 // tuned but not carried into the configuration are offered for it first, so that
@@ -544,16 +548,13 @@ void GraphWin::mnuClose_Click()
 {
     hide();
     if (model_->GetDataModified() && GoForUpdate()) SaveGaincb_Click();
-    if (ws_.main && ws_.main->isVisible()) {
-        ws_.main->raise();
-        ws_.main->activateWindow();
-    }
+    windows_.bringForward(ProgramWindow::Main);
 }
 
 void GraphWin::GainMsgTmr_Timer()
 {
     const GainSet& v = model_->gains().values();
-    ws_.main->SendPID(v.P, v.I, v.IA, v.D, v.G, v.V1, v.V2, model_->gains().MotorIndex());
+    drive_.SendPID(v.P, v.I, v.IA, v.D, v.G, v.V1, v.V2, model_->gains().MotorIndex());
 }
 
 void GraphWin::Form_KeyDown(int keyCode)

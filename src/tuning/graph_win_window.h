@@ -3,9 +3,10 @@
 // axis error, the trigger and scale controls, and the gain panel that sends tuned gains
 // to the module every 40 ms. All logic lives in GraphWinModel; this class owns the
 // controls, forwards their events to the model and paints the faces the model gives.
-#include "mainwindow/workspace.h"
+#include "link/message_sink.h"
 #include "tuning/gain_set.h"
 #include "tuning/graph_canvas.h"
+#include "tuning/tuning_display.h"
 #include "widgets/posted_box.h"
 
 #include <QMainWindow>
@@ -27,35 +28,43 @@ class QTimer;
 namespace kdx {
 
 class ClickLabel;
+class Dialogs;
+class GainSender;
+class GainStore;
+class KeyState;
+class ProgramWindows;
+class QuitRequester;
 class GraphView;
 class GraphWinModel;
 class SweepPanel;
 
-class GraphWin : public QMainWindow {
+class GraphWin : public QMainWindow, public TuningDisplay, public LinkLossListener {
     Q_OBJECT
 public:
-    // ws.main, ws.dialogs and ws.keys must be set and outlive the window.
-    explicit GraphWin(Workspace& ws, QWidget* parent = nullptr);
+    // `config` holds the stored gains the panel starts from and takes tuned ones back;
+    // `drive` carries the gain message. All must outlive the window.
+    GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows, QuitRequester& quit, Dialogs& dialogs,
+             const KeyState& keys, QWidget* parent = nullptr);
     ~GraphWin() override;
 
     // ---- operations of the main window ----
     // One telemetry sample of a motor (0 or 1): axis rate and axis error.
-    void PutSample(int motor, float rate, float error);
+    void PutSample(int motor, float rate, float error) override;
     // Unticks "Enab" and stops the gain message; the flag is ignored, every call disables.
-    void SetEnable(bool flag);
+    void SetEnable(bool flag) override;
     // The link timed out: warns, once the watchdog's tick has returned, when modified gains
     // (here or in the main window) were in use.
-    void PutCommsJustWentBad();
+    void PutCommsJustWentBad() override;
     // Tuned gains not yet written back to the main window's configuration.
-    bool GetDataModified() const;
+    bool GetDataModified() const override;
     // Whether unsaved tuning changes may be dropped; asks the user when there are some.
     bool GoForUpdate();
     // Loads a tuning file named at start-up, without a dialog.
-    void LoadTuningFileOnInit(const std::string& path);
+    void LoadTuningFileOnInit(const std::string& path) override;
     // The second motor button exists only for a module that drives two motors.
-    void SetSecondMotorVisible(bool visible);
+    void SetSecondMotorVisible(bool visible) override;
     // Fill colour of the input indicator: green valid, red invalid; painted on change only.
-    void SetInputValid(bool valid);
+    void SetInputValid(bool valid) override;
     // Lets the window close for real (the program is ending).
     void unload();
 
@@ -172,7 +181,10 @@ private:
     void showGains();
     void showAll();
 
-    Workspace& ws_;
+    GainStore& config_;
+    GainSender& drive_;
+    ProgramWindows& windows_;
+    QuitRequester& quit_;
     std::unique_ptr<GraphWinModel> model_;
     bool unloading_ = false;
     std::optional<bool> shownInputValid_;

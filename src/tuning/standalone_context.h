@@ -28,6 +28,7 @@ public:
     void PutV2(float, int) override {}
     void PutG(float, int) override {}
     bool GetGainsHaveBeenLoaded() const override { return loaded_; }
+    bool GetDataModified() const override { return false; }
 
 private:
     GainSet g_;

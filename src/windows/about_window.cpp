@@ -1,6 +1,6 @@
 #include "windows/about_window.h"
 
-#include "mainwindow/main_entry.h"
+#include "link/link_control.h"
 #include "platform/dialogs.h"
 #include "platform/qt_guard.h"
 #include "windows/velmor_logo.h"
@@ -65,7 +65,8 @@ QString sysInfoProgram()
 
 } // namespace
 
-FrmAbout::FrmAbout(Workspace& ws, QWidget* parent) : QDialog(parent), ws_(ws)
+FrmAbout::FrmAbout(BootloaderRestart& module, Dialogs& dialogs, QWidget* parent)
+    : QDialog(parent), module_(module), dialogs_(dialogs)
 {
     setObjectName("frmAbout");
     setWindowTitle("About ...");
@@ -129,15 +130,14 @@ void FrmAbout::cmdOK_Click() { accept(); }
 
 void FrmAbout::RebootIntoBL_Click()
 {
-    if (ws_.main) ws_.main->RestartIntoBootloader();
+    module_.RestartIntoBootloader();
 }
 
 void FrmAbout::StartSysInfo()
 {
     const QString program = sysInfoProgram();
     if (!program.isEmpty() && QProcess::startDetached(program, {})) return;
-    if (ws_.dialogs)
-        ws_.dialogs->MsgBox(kSysInfoUnavailable, box::OkOnly, QCoreApplication::applicationName().toStdString());
+    dialogs_.MsgBox(kSysInfoUnavailable, box::OkOnly, QCoreApplication::applicationName().toStdString());
 }
 
 } // namespace kdx

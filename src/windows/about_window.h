@@ -1,8 +1,6 @@
 #pragma once
 // The About window: title, version, description, logo, and the restart of the module
 // into its bootloader.
-#include "mainwindow/workspace.h"
-
 #include <QDialog>
 
 class QLabel;
@@ -10,10 +8,13 @@ class QPushButton;
 
 namespace kdx {
 
+class BootloaderRestart;
+class Dialogs;
+
 class FrmAbout : public QDialog {
     Q_OBJECT
 public:
-    explicit FrmAbout(Workspace& ws, QWidget* parent = nullptr);
+    FrmAbout(BootloaderRestart& module, Dialogs& dialogs, QWidget* parent = nullptr);
 
     void Form_Load();
     void cmdOK_Click();
@@ -29,7 +30,8 @@ public:
     QPushButton* cmdOK = nullptr;
 
 private:
-    Workspace& ws_;
+    BootloaderRestart& module_;
+    Dialogs& dialogs_;
 };
 
 } // namespace kdx

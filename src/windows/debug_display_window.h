@@ -1,6 +1,8 @@
 #pragma once
 // The debug display: the seven debug bytes of each direct cyclic message, in decimal
 // and hex under their titles, with a check box that adds them to the telemetry log.
+#include "telemetry/debug_channel.h"
+
 #include <QWidget>
 
 #include <array>
@@ -12,7 +14,7 @@ class QLabel;
 
 namespace kdx {
 
-class DebugDisplay : public QWidget {
+class DebugDisplay : public QWidget, public DebugChannel {
     Q_OBJECT
 public:
     explicit DebugDisplay(QWidget* parent = nullptr);
@@ -20,13 +22,13 @@ public:
 
     void Form_Load();
     // Bytes 38 .. 44 of a direct cyclic message, in order.
-    void PutDebugData(const std::array<uint8_t, 7>& bytes);
+    void PutDebugData(const std::array<uint8_t, 7>& bytes) override;
     // Whether the user asked for the debug bytes in the telemetry log.
-    bool GetLogDebugData() const;
+    bool GetLogDebugData() const override;
     // The log's extra header columns, comma separated, no leading comma.
-    std::string GetDebugTitles() const;
+    std::string GetDebugTitles() const override;
     // The current values as log columns, same count as the titles, no leading comma.
-    std::string GetDebugStrToLog() const;
+    std::string GetDebugStrToLog() const override;
     // Lets the window close for real (the program is ending); until then closing hides it.
     void unload();
 

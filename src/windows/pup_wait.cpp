@@ -1,8 +1,9 @@
 #include "windows/pup_wait.h"
 
-#include "link/comms_link_window.h"
-#include "mainwindow/main_entry.h"
+#include "config/connection_select.h"
+#include "link/link_control.h"
 #include "platform/key_state.h"
+#include "platform/program_windows.h"
 #include "platform/qt_guard.h"
 #include "platform/qt_window_close.h"
 #include "windows/velmor_logo.h"
@@ -16,7 +17,9 @@
 
 namespace kdx {
 
-PUPWait::PUPWait(Workspace& ws, QWidget* parent) : QWidget(parent, Qt::Window), ws_(ws)
+PUPWait::PUPWait(LinkControl& link, ConnectionSelect& connection, QuitRequester& quit, const KeyState& keys,
+                 QWidget* parent)
+    : QWidget(parent, Qt::Window), link_(link), connection_(connection), quit_(quit), keys_(keys)
 {
     setObjectName("PUPWait");
     setWindowTitle("VELMOR Brushless Driver");
@@ -46,22 +49,34 @@ PUPWait::PUPWait(Workspace& ws, QWidget* parent) : QWidget(parent, Qt::Window), 
 void PUPWait::InputSwitchTimer_Timer()
 {
     if (ListenForKDX) {
-        if (ws_.comms) ws_.comms->SetBaudForKDX();
+        link_.SetBaudForKDX();
     } else {
-        if (ws_.comms) ws_.comms->SetBaudForQVane();
-        if (ws_.main) ws_.main->KDXAxisSelcb_Click(0); // ask a Q-Vane for its Tilt axis
+        link_.SetBaudForQVane();
+        connection_.KDXAxisSelcb_Click(0); // ask a Q-Vane for its Tilt axis
     }
     ListenForKDX = !ListenForKDX;
 }
 
 void PUPWait::Image1_Click()
 {
-    if (ws_.keys && ws_.keys->shiftDown() && ws_.main) ws_.main->SetDisplayVisible();
+    if (keys_.shiftDown()) connection_.SetDisplayVisible();
 }
 
 void PUPWait::Quitcb_Click()
 {
-    if (ws_.main) ws_.main->RemoteQueryUnload();
+    quit_.RemoteQueryUnload();
+}
+
+void PUPWait::startWaiting()
+{
+    show();
+    InputSwitchTimer->start();
+}
+
+void PUPWait::stopWaiting()
+{
+    hide();
+    InputSwitchTimer->stop();
 }
 
 void PUPWait::unload()

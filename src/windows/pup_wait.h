@@ -1,8 +1,6 @@
 #pragma once
 // The power-up wait window: asks for a module and, until one is heard, alternates the
 // link between a direct KDX and a Q-Vane every half second.
-#include "mainwindow/workspace.h"
-
 #include <QWidget>
 
 class QLabel;
@@ -11,10 +9,22 @@ class QTimer;
 
 namespace kdx {
 
+class ConnectionSelect;
+class KeyState;
+class LinkControl;
+class QuitRequester;
+
 class PUPWait : public QWidget {
     Q_OBJECT
 public:
-    explicit PUPWait(Workspace& ws, QWidget* parent = nullptr);
+    // All must outlive the window.
+    PUPWait(LinkControl& link, ConnectionSelect& connection, QuitRequester& quit, const KeyState& keys,
+            QWidget* parent = nullptr);
+
+    // Shows the window and probes every half second until stopWaiting.
+    void startWaiting();
+    // Hides the window and stops probing.
+    void stopWaiting();
 
     void InputSwitchTimer_Timer();
     void Image1_Click();
@@ -33,7 +43,10 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    Workspace& ws_;
+    LinkControl& link_;
+    ConnectionSelect& connection_;
+    QuitRequester& quit_;
+    const KeyState& keys_;
     bool unloading_ = false;
 };
 

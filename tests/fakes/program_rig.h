@@ -17,7 +17,6 @@ struct ProgramRig {
     ScriptedDialogs dialogs;
     FakeKeyState keys;
     Application program;
-    Workspace& ws = program.ws;
     CommsLink& comms = program.comms;
     MainEntry& main = program.main;
     PUPWait& wait = program.wait;
@@ -26,11 +25,13 @@ struct ProgramRig {
     GraphWin& graph = program.graph;
 
     // `clock` times the log's flushes (simulated time); empty, the system's clock.
-    explicit ProgramRig(LogWriter::Clock clock = {}) : program(port, dialogs, keys, std::move(clock))
+    // `takeStartupTick` false leaves the test timer's first tick to the test.
+    explicit ProgramRig(LogWriter::Clock clock = {}, bool takeStartupTick = true)
+        : program(port, dialogs, keys, std::move(clock))
     {
         program.Form_Load();
         wait.InputSwitchTimer->stop();
-        main.TestTmr_Timer(); // the start-up tick (one idle test command) taken now, not at random
+        if (takeStartupTick) main.TestTmr_Timer(); // one idle test command, taken now, not at random
         port.written.clear();
     }
 };

@@ -1,6 +1,6 @@
 #include "config/memory_layout.h"
 #include "fakes/program_rig.h"
-#include "mainwindow/click_label.h"
+#include "widgets/click_label.h"
 #include "telemetry/cyclic_frames.h"
 
 #include <QCoreApplication>

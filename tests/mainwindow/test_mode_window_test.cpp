@@ -1,5 +1,5 @@
 #include "fakes/program_rig.h"
-#include "mainwindow/click_label.h"
+#include "widgets/click_label.h"
 #include "telemetry/cyclic_frames.h"
 #include "windows/about_window.h"
 
@@ -26,6 +26,7 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 struct Rig : ProgramRig {
+    using ProgramRig::ProgramRig;
     Bytes take()
     {
         Bytes b = port.written;
@@ -61,9 +62,8 @@ std::string text(QLabel* l) { return l->text().toStdString(); }
 
 TEST(TestModeWindow, StartsWithItsDefaultsAndOneIdleCommand)
 {
-    Rig r;
-    MainEntry fresh(r.ws);
-    fresh.Form_Load();
+    Rig r({}, false);
+    MainEntry& fresh = r.main;
     EXPECT_EQ(text(fresh.TestPtb), "30%");
     EXPECT_EQ(text(fresh.TestRatetb), "8");
     ASSERT_TRUE(fresh.TestTmr->isActive()) << "enabled from start";

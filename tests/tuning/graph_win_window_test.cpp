@@ -1,6 +1,6 @@
 #include "config/memory_layout.h"
 #include "fakes/program_rig.h"
-#include "mainwindow/click_label.h"
+#include "widgets/click_label.h"
 #include "tuning/graph_view_window.h"
 #include "tuning/graph_win_model.h"
 #include "tuning/sweep_panel_window.h"
@@ -551,8 +551,9 @@ TEST(GraphWinWindow, SweepPanelShowsTheNumbersOfALoadedFile)
     for (const Case& c : cases) {
         r.win->LoadTuningFileOnInit(writeTemp(dir, c.name, btf(c.lines, c.sample)).toStdString());
         const auto shown = texts(r.win->SweepPanelfr->Currentlb);
-        for (std::size_t i = 0; i < c.shown.size(); ++i)
+        for (std::size_t i = 0; i < c.shown.size(); ++i) {
             if (c.shown[i] != "*") EXPECT_EQ(shown[i], c.shown[i]) << c.name << " metric " << i;
+        }
         EXPECT_EQ(texts(r.win->SweepPanelfr->Referencelb), std::vector<std::string>(8)) << c.name;
     }
 }

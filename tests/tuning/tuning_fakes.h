@@ -63,6 +63,7 @@ public:
     void PutV2(float v, int m) override { put(Gain::V2, v, m); }
     void PutG(float v, int m) override { put(Gain::G, v, m); }
     bool GetGainsHaveBeenLoaded() const override { return loaded; }
+    bool GetDataModified() const override { return false; }
 
 private:
     void put(Gain g, float v, int m) { stored.at(m)[g] = v; }

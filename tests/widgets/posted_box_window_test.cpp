@@ -23,21 +23,12 @@ using namespace kdx::test;
 namespace {
 
 // The program with its logging and tuning windows, the link's watchdog wired to the latter.
-struct Program : ProgramRig, LinkLossListener {
+struct Program : ProgramRig {
     QTemporaryDir dir;
     double now = 0;
-    GraphWin graph{ws};
-    TelemetrySetup logging{dialogs, [this] { return now; }};
     const std::vector<uint8_t> cyclic = buildFrame(121, std::vector<uint8_t>(45, 0));
 
-    Program()
-    {
-        ws.graph = &graph;
-        ws.logging = &logging;
-        comms.setLinkLossListener(this);
-        logging.LogFileName->setText(dir.filePath("Run1.csv"));
-    }
-    void PutCommsJustWentBad() override { graph.PutCommsJustWentBad(); }
+    Program() : ProgramRig([this] { return now; }) { logging.LogFileName->setText(dir.filePath("Run1.csv")); }
 };
 
 } // namespace

@@ -37,7 +37,7 @@ TEST(AboutWindow, ShowsTheTitleTheBuildsVersionAndTheLogo)
 {
     ProgramName name;
     ProgramRig r;
-    FrmAbout about(r.ws);
+    FrmAbout about(r.main, r.dialogs);
     about.Form_Load();
     EXPECT_EQ(about.windowTitle(), "About KDX Tool");
     EXPECT_EQ(about.lblTitle->text(), "KDX Tool");
@@ -54,7 +54,7 @@ TEST(AboutWindow, RebootSendsTheDirectRestartInEitherTargetMode)
         if (qvane) r.port.deliver(CyclicBytes::relayed().frame());
         ASSERT_EQ(r.main.TargetIsQVane, qvane);
         r.port.written.clear();
-        FrmAbout about(r.ws);
+        FrmAbout about(r.main, r.dialogs);
         about.show();
         QTest::mouseClick(about.RebootIntoBL, Qt::LeftButton);
         EXPECT_EQ(r.port.written, (std::vector<uint8_t>{0x5A, 3, 254, 1})) << qvane; // 257 goes out as 1
@@ -75,7 +75,7 @@ TEST(AboutWindow, SystemInformationIsUnavailableOffWindows)
 #endif
     ProgramName name;
     ProgramRig r;
-    FrmAbout about(r.ws);
+    FrmAbout about(r.main, r.dialogs);
     about.StartSysInfo();
     ASSERT_EQ(r.dialogs.boxes.size(), 1u);
     EXPECT_EQ(r.dialogs.boxes[0].prompt, "System Information Is Unavailable At This Time");
