@@ -1,5 +1,5 @@
-// kdxctl analyse: the tuning metrics of tuning files and telemetry logs, one line per
-// file, so the sweeps of a tuning session can be compared in a script.
+// kdxctl analyse: the tuning metrics of tuning files, exported sweeps and telemetry logs,
+// one line per file, so the sweeps of a tuning session can be compared in a script.
 #include "cli/command.h"
 #include "cli/commands.h"
 #include "cli/option_parser.h"
@@ -36,10 +36,9 @@ const OptionSpec kOptions[] = {
 const Syntax kAnalyseSyntax{
     .synopsis = "usage: kdxctl analyse [--motor 1|2] [--tsv | --json] FILE...",
     .about = "Measures how well the gains hold the axis, one line per file, from the sweep\n"
-             "of a tuning file (.btf, the Tuning Display's Save), a sweep exported as CSV from\n"
-             "the Tuning Display, or the whole of a telemetry\n"
-             "log (the Data Logging window's or kdxctl decode's), told apart by their first\n"
-             "line. At 100 samples per second:\n"
+             "of a tuning file (.btf, the Tuning Display's Save) or of the Tuning Display's\n"
+             "CSV export, or the whole of a telemetry log (the Data Logging window's or\n"
+             "kdxctl decode's), told apart by their first line. At 100 samples per second:\n"
              "  err_rms, err_peak  RMS and largest absolute error (deg)\n"
              "  rate_rms           RMS of the rate (deg/s)\n"
              "  freq_hz, share     the rate's dominant frequency, and the share of its power\n"
@@ -52,7 +51,7 @@ const Syntax kAnalyseSyntax{
              "still analysed.",
     .options = kOptions,
     .positionals = {.min = 1, .max = INT_MAX, .missing = "no file given", .name = "FILE",
-                    .help = "a .btf tuning file or a telemetry log (.csv)"},
+                    .help = "a .btf tuning file, an exported sweep or a telemetry log (.csv)"},
     .helpColumn = 14,
     .example = "kdxctl analyse before.btf after.btf\n"
                "kdxctl analyse --motor 2 --json Run1.csv Run2.csv",
