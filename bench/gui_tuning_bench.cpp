@@ -91,7 +91,7 @@ void BM_CaptureSampleOnImage(benchmark::State& state)
             rate[i] = static_cast<float>(25 * std::sin(i * 0.013));
             error[i] = static_cast<float>(1.5 * std::cos(i * 0.021));
         }
-        rig.model->review().setCurrent(std::move(rate), std::move(error), GainSet{});
+        rig.model->review().setCurrent(rate, error, GainSet{});
         rig.model->review().Pin();
     }
     long long n = 0;

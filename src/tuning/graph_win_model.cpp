@@ -15,9 +15,9 @@ GraphWinModel::GraphWinModel(GraphCanvas& canvas, GainStore& store, Dialogs& dia
 {
     capture_.Form_Load();
     capture_.setOnSweepEnd([this] {
-        const auto end = static_cast<std::ptrdiff_t>(traces_.SampleIndex) + 1;
-        review_.setCurrent({traces_.RateTrace.begin(), traces_.RateTrace.begin() + end},
-                           {traces_.ErrorTrace.begin(), traces_.ErrorTrace.begin() + end}, gains_.values());
+        const auto n = static_cast<std::size_t>(traces_.SampleIndex) + 1;
+        review_.setCurrent(std::span(traces_.RateTrace).first(n), std::span(traces_.ErrorTrace).first(n),
+                           gains_.values());
     });
 }
 
@@ -99,11 +99,10 @@ TuningFileLoad GraphWinModel::LoadTraceBytes(std::span<const uint8_t> bytes)
     // lenient loader takes is measured from what it shows.
     auto file = readSweepFile(bytes, 0);
     if (auto* f = std::get_if<SweepFile>(&file)) {
-        review_.setCurrent(std::move(f->rate), std::move(f->error), f->gains.value_or(gains_.values()));
+        review_.setCurrent(f->rate, f->error, f->gains.value_or(gains_.values()));
     } else {
-        const auto end = static_cast<std::ptrdiff_t>(r.lastIndex()) + 1;
-        review_.setCurrent({traces_.RateTrace.begin(), traces_.RateTrace.begin() + end},
-                           {traces_.ErrorTrace.begin(), traces_.ErrorTrace.begin() + end},
+        const auto n = static_cast<std::size_t>(r.lastIndex()) + 1;
+        review_.setCurrent(std::span(traces_.RateTrace).first(n), std::span(traces_.ErrorTrace).first(n),
                            r.gains.value_or(gains_.values()));
     }
     return r;

@@ -52,14 +52,14 @@ std::string percentChange(double before, double after)
 
 SweepReview::SweepReview(GraphRenderer& renderer) : renderer_(renderer) {}
 
-void SweepReview::setCurrent(std::vector<float> rate, std::vector<float> error, const GainSet& gains)
+void SweepReview::setCurrent(std::span<const float> rate, std::span<const float> error, const GainSet& gains)
 {
-    ReviewedSweep s;
-    s.metrics = analyseSweep(rate, error);
-    s.rate = std::move(rate);
-    s.error = std::move(error);
+    if (!current_) current_.emplace();
+    ReviewedSweep& s = *current_;
+    s.rate.assign(rate.begin(), rate.end());
+    s.error.assign(error.begin(), error.end());
+    s.metrics = analyseSweep(s.rate, s.error);
     s.gains = gains;
-    current_ = std::move(s);
     ++sweepsTaken_;
     changed();
 }

@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,8 +36,9 @@ public:
     SweepReview(const SweepReview&) = delete;
     SweepReview& operator=(const SweepReview&) = delete;
 
-    // The latest sweep: measured now; the pinned one is left alone.
-    void setCurrent(std::vector<float> rate, std::vector<float> error, const GainSet& gains);
+    // The latest sweep, copied and measured now; the pinned one is left alone. The
+    // latest sweep's buffers are reused, so a repeating capture settles on one allocation.
+    void setCurrent(std::span<const float> rate, std::span<const float> error, const GainSet& gains);
     const std::optional<ReviewedSweep>& current() const { return current_; }
     const std::optional<ReviewedSweep>& reference() const { return reference_; }
     // Sweeps taken so far.

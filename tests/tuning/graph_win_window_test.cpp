@@ -552,7 +552,8 @@ TEST(GraphWinWindow, SweepPanelShowsTheNumbersOfALoadedFile)
         r.win->LoadTuningFileOnInit(writeTemp(dir, c.name, btf(c.lines, c.sample)).toStdString());
         const auto shown = texts(r.win->SweepPanelfr->Currentlb);
         for (std::size_t i = 0; i < c.shown.size(); ++i) {
-            if (c.shown[i] != "*") EXPECT_EQ(shown[i], c.shown[i]) << c.name << " metric " << i;
+            if (c.shown[i] == "*") continue;
+            EXPECT_EQ(shown[i], c.shown[i]) << c.name << " metric " << i;
         }
         EXPECT_EQ(texts(r.win->SweepPanelfr->Referencelb), std::vector<std::string>(8)) << c.name;
     }
