@@ -118,10 +118,12 @@ int main(int argc, char** argv)
     if (!screenshotDir.isEmpty()) {
         // As a user would: once the configuration is read, pick motor 1 for tuning with
         // 4 s sweeps and a low P; pin a whole sweep at that P as the reference, put P back,
-        // and take the pictures when a sweep with it has closed.
+        // let one whole sweep with it run as a single sweep, so that it stays on the graph,
+        // and take the pictures when it has closed.
         kdx::GraphWin& graph = program.graph;
         const kdx::SweepReview& review = graph.model().review();
         int pinAfter = 0;
+        bool single = false;
         QTimer::singleShot(kScreenshotTuneMs, [&] {
             graph.MotorSelcb_Click(0);
             graph.TraceDurationcb_Click(0);
@@ -135,6 +137,9 @@ int main(int argc, char** argv)
                 graph.SweepPanelfr->Pincb_Click();
                 for (int i = 0; i < kScreenshotPSteps; ++i) graph.Inccb_Click(kdx::Gain::P, 1);
                 pinAfter = review.sweepsTaken() + 2;
+            } else if (review.reference() && !single && review.sweepsTaken() >= pinAfter - 1) {
+                graph.NowTrigcb_Click(); // the sweep now running is the last
+                single = true;
             } else if (review.reference() && review.sweepsTaken() >= pinAfter) {
                 sweepWatch.stop();
                 QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1);
