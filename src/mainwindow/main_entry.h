@@ -8,6 +8,7 @@
 #include "config/param_label.h"
 #include "config/test_mode.h"
 #include "link/frame.h"
+#include "link/comms_quality.h"
 #include "link/link_control.h"
 #include "link/message_sink.h"
 #include "platform/program_windows.h"
@@ -141,8 +142,7 @@ public:
     // State.
     bool TargetIsQVane = false;
     int QVaneAxis = 0; // the selected Q-Vane axis: 0 Tilt, 1 Roll, 2 Pan
-    int16_t GoodMsgCount = 0;
-    int32_t BadMsgCount = 0;
+    CommsQualityCount messageCount;
     float CommsQuality = 0;
     OutMsgBuffer OutMsg{};
     std::string shortFileName; // the last configuration file loaded or saved, without its folder

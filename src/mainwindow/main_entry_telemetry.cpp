@@ -54,7 +54,7 @@ void MainEntry::PutCyclicMsg(const MsgView& msg)
     ShowQVaneAxis(3);
     const CyclicTelemetry decoded = decodeCyclicMsg(msg);
     applyDecoded(live, decoded);
-    showMotorOnePanels((live.MotorConfigBits & 8) == 0);
+    showMotorOnePanels((live.MotorConfigBits & SingleMotorBit) == 0);
     peers_.debug.PutDebugData(live.debug);
     ShowVersion(live.VersionMajor, live.VersionMinor);
     peers_.tuning.PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
@@ -120,7 +120,7 @@ void MainEntry::ShowLiveValues()
     }
     setCaption(Voltagetb, captions_.Voltagetb);
     setCaption(Switchtb, captions_.Switchtb);
-    if ((live.SwitchBits & 1) && !ButtonFr->isVisibleTo(this)) ButtonFr->setVisible(true);
+    if ((live.SwitchBits & ButtonSwitchBit) && !ButtonFr->isVisibleTo(this)) ButtonFr->setVisible(true);
     if (shownSelectedValid_.changed(live.SelectedInputValid))
         peers_.tuning.SetInputValid(live.SelectedInputValid);
     for (std::size_t i = 0; i < 3; ++i)
