@@ -13,6 +13,13 @@ std::optional<int> parseAxis(const std::string& s)
     return std::nullopt;
 }
 
+std::optional<int> parseMotor(const std::string& s)
+{
+    if (s == "1" || s == "0") return 0;
+    if (s == "2") return 1;
+    return std::nullopt;
+}
+
 std::optional<double> parseNumber(const std::string& s)
 {
     char* end = nullptr;

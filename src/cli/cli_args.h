@@ -8,19 +8,30 @@
 
 namespace kdx::cli {
 
-// --port of the commands that read or write a module's memory.
-inline constexpr OptionSpec kPortOption{
-    .name = "--port", .takes = Takes::Value, .metavar = "DEV", .required = true,
-    .help = "serial port, e.g. /dev/ttyUSB0"};
+// --port of the commands that read or write modules' memory, many at once.
+inline constexpr OptionSpec kPortsOption{
+    .name = "--port", .takes = Takes::Value, .metavar = "DEV", .repeats = true, .required = true,
+    .help = "serial port, e.g. /dev/ttyUSB0; give it again for more\n"
+            "modules, which are then served all at once"};
 
-// --axis of the same commands: the Q-Vane axis to select first (see parseAxis).
-inline constexpr OptionSpec kAxisOption{
-    .name = "--axis", .takes = Takes::Value, .metavar = "A",
-    .help = "through a Q-Vane: select the axis first, tilt, roll or pan (or 0,\n"
-            "1, 2; default tilt); fails for a KDX wired directly"};
+// --json of the commands that can print their result as one JSON object.
+inline constexpr OptionSpec kJsonOption{
+    .name = "--json", .help = "print the result as one line of JSON (its fields are\n"
+                              "listed in the README)"};
+
+// --axis of the commands that serve many modules.
+inline constexpr OptionSpec kAxesOption{
+    .name = "--axis", .takes = Takes::Value, .metavar = "A", .repeats = true,
+    .help = "through a Q-Vane: select the axis first, tilt, roll or\n"
+            "pan (or 0, 1, 2; default tilt); once for every port, or\n"
+            "once per --port"};
 
 // "tilt"/"roll"/"pan" (or 0/1/2) to the Q-Vane axis number.
 std::optional<int> parseAxis(const std::string& s);
+
+// A motor as kdxtool numbers them, 1 or 2, to its index 0 or 1. Scripts written when
+// kdxctl counted from 0 may still say 0 for the first motor.
+std::optional<int> parseMotor(const std::string& s);
 
 // A finite decimal number that fills the whole text ("2.5", "1e3"), or nothing.
 std::optional<double> parseNumber(const std::string& s);

@@ -2,6 +2,7 @@
 // logging window writes it when the recording is played with a log running.
 #include "cli/command.h"
 #include "cli/commands.h"
+#include "cli/json_writer.h"
 #include "cli/option_parser.h"
 #include "link/receiver.h"
 #include "telemetry/telemetry_log_stream.h"
@@ -32,17 +33,22 @@ const OptionSpec kOptions[] = {
      .help = "write the log to OUT instead of standard output; OUT is\n"
              "replaced only once the whole log is written, and an\n"
              "interrupted decode leaves no partial file behind"},
+    {.name = "--json",
+     .help = "give the counts as one line of JSON (fields in the\n"
+             "README): on standard output with -o, else on standard\n"
+             "error"},
 };
 
 } // namespace
 
 const Syntax kDecodeSyntax{
-    .synopsis = "usage: kdxctl decode RECORDING [-o OUT]",
+    .synopsis = "usage: kdxctl decode RECORDING [-o OUT] [--json]",
     .about = "Turns a recorded byte stream (the raw bytes of the serial line, as the Comms\n"
              "Link window plays them) into the telemetry log the Data Logging window writes:\n"
              "the header in the mode of the first cyclic message, then one line per cyclic\n"
              "message in its own mode, without debug columns. The log goes to OUT or to\n"
-             "standard output; the byte and message counts go to standard error.",
+             "standard output; the byte and message counts go to standard error. A\n"
+             "recording without telemetry is an error, and then no log is written.",
     .options = kOptions,
     .positionals = {.min = 1, .max = 1, .missing = "no recording given",
                     .extra = "one recording at a time ('{}' is extra)", .name = "RECORDING",
@@ -262,6 +268,11 @@ int runDecode(const Arguments& args, CommandIo& io)
         io.err << "kdxctl: decode: cannot read " << recording << "\n";
         return 1;
     }
+    if (log.lines() == 0) {
+        io.err << "kdxctl: decode: no telemetry in " << recording << " (" << bytes << " bytes, " << rx.goodMessages
+               << " good messages, " << log.undecodable() << " undecodable cyclic messages); no log was written\n";
+        return 1;
+    }
     log.ensureHeader();
     if (!output.write(log.text(), error) || !output.finish(error)) {
         io.err << "kdxctl: decode: " << error << "\n";
@@ -269,6 +280,15 @@ int runDecode(const Arguments& args, CommandIo& io)
     }
 
     const uint64_t noise = static_cast<uint64_t>(rx.CommsErrorCount) - rx.badMessages;
+    if (args.has("--json")) {
+        JsonWriter w;
+        w.beginObject().key("recording").value(recording).key("output").valueOrNull(outPath);
+        w.key("bytes").value(bytes).key("goodMessages").value(uint64_t{rx.goodMessages});
+        w.key("badMessages").value(uint64_t{rx.badMessages}).key("noiseBytes").value(noise);
+        w.key("logLines").value(log.lines()).key("undecodable").value(log.undecodable()).endObject();
+        (outPath.empty() ? io.err : io.out) << w.line();
+        return 0;
+    }
     io.err << "decode: bytes " << bytes << ", good messages " << rx.goodMessages << ", bad messages "
            << rx.badMessages << ", noise bytes " << noise << ", log lines " << log.lines();
     if (log.undecodable() > 0) io.err << ", undecodable cyclic messages " << log.undecodable();

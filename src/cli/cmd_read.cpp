@@ -1,122 +1,170 @@
-// kdxctl read: reads a module's configuration, prints it and keeps a backup file.
+// kdxctl read: reads the configuration of one module or many at once, prints it and
+// keeps a backup file of each.
 #include "cli/cli_args.h"
 #include "cli/command.h"
 #include "cli/commands.h"
+#include "cli/json_writer.h"
+#include "cli/module_link.h"
+#include "cli/module_summary.h"
 #include "cli/option_parser.h"
-#include "cli/posix_serial.h"
+#include "cli/param_output.h"
 #include "cli/stdout_check.h"
 #include "config/config_file.h"
 #include "config/driver_config.h"
-#include "config/memory_session.h"
 #include "config/param_table.h"
 #include "core/host_error.h"
 
-#include <ctime>
-#include <optional>
 #include <ostream>
 
 namespace kdx::cli {
 
 namespace {
 
-constexpr int kListenMs = 1000; // telemetry arrives 100 times a second
-constexpr int kReplyMs = 1000;
-constexpr int kReadAttempts = 2;
-
 const OptionSpec kOptions[] = {
-    kPortOption,
-    kAxisOption,
+    kPortsOption,
+    kAxesOption,
     {.name = "-o", .takes = Takes::Value, .metavar = "FILE",
-     .help = "backup file (default kdx-backup-YYYYMMDD-HHMMSS.kdx or .bls in\n"
-             "the current folder); an existing file is replaced"},
+     .help = "the backup file of a single module (default\n"
+             "kdx-backup-YYYYMMDD-HHMMSS.kdx or .bls in the current\n"
+             "folder); an existing file is replaced"},
+    {.name = "--backup-dir", .takes = Takes::Value, .metavar = "DIR", .needs = "a folder",
+     .help = "save the backups in DIR, named after their ports (with\n"
+             "several ports the default is a new folder\n"
+             "kdx-backup-YYYYMMDD-HHMMSS)"},
+    {.name = "--no-backup", .help = "print the configuration only; save no file"},
     {.name = "--tsv",
-     .help = "print name<TAB>motor 0<TAB>motor 1 lines instead of the table\n"
-             "(the backup note then goes to standard error)"},
+     .help = "print name<TAB>motor 1<TAB>motor 2 lines instead of the\n"
+             "table (with several ports each line starts with the port\n"
+             "and a TAB, and the table of results goes to standard\n"
+             "error, as does the backup note)"},
+    kJsonOption,
 };
 
 } // namespace
 
 const Syntax kReadSyntax{
-    .synopsis = "usage: kdxctl read --port DEV [--axis tilt|roll|pan] [-o FILE] [--tsv]",
+    .synopsis = "usage: kdxctl read --port DEV [--port DEV ...] [--axis tilt|roll|pan]\n"
+                "                   [-o FILE | --backup-dir DIR | --no-backup] [--tsv | --json]",
     .about = "Reads the configuration memory of the module on DEV, prints its parameters and\n"
              "saves a backup: a two-axis .kdx file for a KDX wired directly, a single-axis\n"
              ".bls file for the KDX of one axis behind a Q-Vane. Which of the two is on the\n"
-             "line is learned from its telemetry.",
+             "line is learned from its telemetry. With several ports every module is read\n"
+             "at once and a table of the results ends the run.",
     .options = kOptions,
-    .helpColumn = 15,
+    .helpColumn = 20,
     .example = "kdxctl read --port /dev/ttyUSB0 -o before.kdx\n"
-               "kdxctl read --port /dev/ttyUSB0 --axis roll -o roll-before-tuning.bls",
+               "kdxctl read --port /dev/ttyUSB0 --axis roll -o roll-before-tuning.bls\n"
+               "kdxctl read --port /dev/ttyUSB0 --port /dev/ttyUSB1 --backup-dir line-3",
 };
 
 namespace {
 
-std::string defaultBackupName(bool twoAxis)
-{
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char stamp[32];
-    std::strftime(stamp, sizeof stamp, "%Y%m%d-%H%M%S", &local);
-    return std::string("kdx-backup-") + stamp + (twoAxis ? ".kdx" : ".bls");
-}
+struct ModuleRead {
+    bool qvane = false;
+    std::vector<ParamRow> rows;
+};
 
 } // namespace
 
 int runRead(const Arguments& args, CommandIo& io)
 {
-    const std::string& port = args.value("--port");
+    std::string usage;
+    const auto jobs = moduleJobs(args, usage);
+    if (!jobs) return args.usageError(io, usage);
+    const bool several = jobs->size() > 1;
     const std::string& output = args.value("-o");
-    const bool tsv = args.has("--tsv");
-    std::optional<int> axis;
-    if (args.has("--axis") && !(axis = parseAxis(args.value("--axis"))))
-        return args.usageError(io, "unknown axis '" + args.value("--axis") + "' (tilt, roll or pan)");
+    if (several && args.has("-o")) return args.usageError(io, "-o names one file; with several ports use --backup-dir");
+    if (static_cast<int>(args.has("-o")) + args.has("--backup-dir") + args.has("--no-backup") > 1)
+        return args.usageError(io, "give one of -o, --backup-dir and --no-backup");
+    if (args.has("--tsv") && args.has("--json")) return args.usageError(io, "give --tsv or --json, not both");
+    const bool tsv = args.has("--tsv"), json = args.has("--json");
 
-    PosixSerial serial;
-    std::string error;
-    if (!serial.open(port, error)) {
-        io.err << "kdxctl: " << error << "\n";
-        return 1;
-    }
-    MemorySession session(
-        ByteLinkIo{[&](std::span<const uint8_t> b, std::string& e) { return serial.write(b, e); },
-                   [&](std::vector<uint8_t>& o, int t, std::string& e) { return serial.read(o, t, e); }},
-        port);
     auto fail = [&](const std::string& why) {
         io.err << "kdxctl: " << why << "\n";
         return 1;
     };
-    if (!session.detectTarget(kListenMs, error)) return fail(error);
-    const bool qvane = session.targetIsQVane();
-    if (axis) {
-        if (!qvane) return fail("--axis needs a Q-Vane, but " + port + " is a KDX wired directly");
-        session.setAxis(*axis);
-        if (!session.sendAxisSelect(error)) return fail(error);
-    }
-    MemoryImage image{};
-    if (!session.readMemory(image, kReplyMs, kReadAttempts, error)) return fail(error);
-    // The backup holds the module's bytes as read, with the image checksum a saved
-    // configuration carries.
-    image[layout::ImageChecksum] = imageChecksum(image);
+    std::string error;
+    const bool backups = !args.has("--no-backup");
+    BackupFolder backupFolder;
+    if (backups && (several || args.has("--backup-dir")) && !backupFolder.make(args.value("--backup-dir"), error))
+        return fail(error);
+    const std::string folder = backupFolder.path();
 
-    DriverConfig config;
-    config.image() = image;
-    try {
-        config.ImageToParams();
-    } catch (const HostError& e) {
-        return fail(port + ": the configuration read cannot be shown: " + e.what());
-    }
-    const auto rows = paramTable(config, !qvane);
-    io.out << (tsv ? paramTableTsv(rows) : paramTableText(rows, !qvane));
-    // The backup is saved even when the table could not be shown: the read succeeded.
-    const bool shown = outputReached(io.out);
+    std::vector<ModuleOutcome> outcomes(jobs->size());
+    std::vector<ModuleRead> reads(jobs->size());
+    onEveryModule(jobs->size(), [&](std::size_t i) {
+        const ModuleJob& job = (*jobs)[i];
+        ModuleOutcome& o = outcomes[i];
+        o.port = job.port;
+        o.result = "failed";
+        ModuleLink link(job.port);
+        if (!link.connect(job.axis, o.detail)) return;
+        o.target = link.targetName();
+        reads[i].qvane = link.qvane();
+        MemoryImage image{};
+        if (!link.read(image, o.detail)) return;
+        if (backups) {
+            // The backup holds the module's bytes as read, with the image checksum a
+            // saved configuration carries; it is kept even if the table cannot be shown.
+            const std::string ext = link.qvane() ? ".bls" : ".kdx";
+            const std::string path = !folder.empty() ? folder + "/" + backupFileName(job.port, link.qvane(), job.axis.value_or(0))
+                                     : !output.empty() ? output
+                                                       : datedBackupName() + ext;
+            if (const auto box = saveConfigFile(path, image, !link.qvane())) {
+                o.detail = path + ": " + box->prompt;
+                return;
+            }
+            o.backup = path;
+        }
+        DriverConfig config;
+        config.image() = image;
+        try {
+            config.ImageToParams();
+        } catch (const HostError& e) {
+            o.detail = job.port + ": the configuration read cannot be shown: " + e.what();
+            return;
+        }
+        reads[i].rows = paramTable(config, !link.qvane());
+        o.result = "ok";
+        o.detail = o.backup.empty() ? "read" : "read; saved to " + o.backup;
+    });
 
-    const std::string file = output.empty() ? defaultBackupName(!qvane) : output;
-    if (const auto box = saveConfigFile(file, image, !qvane)) return fail(file + ": " + box->prompt);
-    const std::string lost = std::string(kOutputLost) + "; the backup was saved to " + file;
-    if (!shown) return fail(lost);
-    (tsv ? io.err : io.out) << "backup saved to " << file << "\n";
-    if (!outputReached(io.out)) return fail(lost);
-    return 0;
+    backupFolder.finish();
+    if (json) {
+        JsonWriter w;
+        w.beginObject().key("command").value("read").key("backupDir").valueOrNull(backupFolder.path());
+        w.key("ok").value(allOk(outcomes));
+        summaryJson(w, outcomes, [&](JsonWriter& j, std::size_t i) {
+            if (!outcomes[i].ok()) return;
+            j.key("kind").value(reads[i].qvane ? "single-axis" : "two-axis");
+            paramsJson(j, reads[i].rows, !reads[i].qvane);
+        });
+        io.out << w.endObject().line();
+    } else if (!several) {
+        const ModuleOutcome& o = outcomes[0];
+        if (!o.ok()) return fail(o.detail);
+        const bool both = !reads[0].qvane;
+        io.out << (tsv ? paramTableTsv(reads[0].rows) : paramTableText(reads[0].rows, both));
+        // The backup was saved even when the table could not be shown: the read succeeded.
+        if (!outputReached(io.out))
+            return fail(std::string(kOutputLost) + (o.backup.empty() ? "" : "; the backup was saved to " + o.backup));
+        if (!o.backup.empty()) (tsv ? io.err : io.out) << "backup saved to " << o.backup << "\n";
+    } else {
+        for (std::size_t i = 0; i < outcomes.size(); ++i) {
+            if (!outcomes[i].ok()) continue;
+            const bool both = !reads[i].qvane;
+            if (tsv) {
+                for (const ParamRow& r : reads[i].rows)
+                    io.out << outcomes[i].port << '\t' << r.name << '\t' << r.values[0] << '\t' << r.values[1] << '\n';
+            } else {
+                io.out << outcomes[i].port << " (" << outcomes[i].target << ")\n"
+                       << paramTableText(reads[i].rows, both) << "\n";
+            }
+        }
+        (tsv ? io.err : io.out) << summaryTable(outcomes);
+    }
+    if (!outputReached(io.out)) return fail(std::string(kOutputLost));
+    return batchExit(io.err, outcomes, "could not be read");
 }
 
 } // namespace kdx::cli

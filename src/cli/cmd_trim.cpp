@@ -5,6 +5,7 @@
 #include "cli/commands.h"
 #include "link/trim.h"
 
+#include <filesystem>
 #include <optional>
 #include <ostream>
 
@@ -16,8 +17,8 @@ const OptionSpec kOptions[] = {
     {.name = "--start", .takes = Takes::Value, .metavar = "N", .needs = "a byte count",
      .help = "the start mark, in bytes (0 .. 2147483647)"},
     {.name = "--end", .takes = Takes::Value, .metavar = "M", .needs = "a byte count",
-     .help = "the end mark, in bytes; the copy holds M - N + 1 bytes, or 2\n"
-             "when M is not above N"},
+     .help = "the end mark, in bytes, not before N; the copy holds M - N + 1\n"
+             "bytes, or 2 when M equals N"},
 };
 
 } // namespace
@@ -27,8 +28,10 @@ const Syntax kTrimSyntax{
     .about = "Writes the stretch of a recording between two byte marks to RECORDING_t (\"_t\"\n"
              "after the extension; an earlier copy of that name is replaced), exactly as the\n"
              "Comms Link window's Write File does with its Mark Start and Mark End. The copy\n"
-             "starts one byte after N and ends one byte after M. A recording too short for\n"
-             "that is an error, and the partial copy stays.",
+             "starts one byte after N and ends one byte after M. Marks the recording cannot\n"
+             "satisfy (an end before the start, or past the end of the recording) are\n"
+             "refused before anything is written, and the copy is written to a temporary\n"
+             "file first, so a failure never leaves a partial copy in place of a good one.",
     .options = kOptions,
     .positionals = {.min = 1, .max = 1, .missing = "no recording given",
                     .extra = "one recording at a time ('{}' is extra)"},
@@ -47,11 +50,23 @@ int runTrim(const Arguments& args, CommandIo& io)
             return args.usageError(io, std::string(option) + " takes a byte count 0 .. 2147483647, not '" + text + "'");
     }
     if (!start || !end) return args.usageError(io, "both --start and --end are needed");
+    if (*end < *start) return args.usageError(io, "--end " + std::to_string(*end) + " is before --start " + std::to_string(*start));
 
-    const TrimResult r = trimRecording(recording, *start, *end);
+    std::error_code ec;
+    const auto size = std::filesystem::file_size(recording, ec);
+    if (ec) {
+        io.err << "kdxctl: trim: cannot open " << recording << ": " << ec.message() << "\n";
+        return 1;
+    }
+    if (const int64_t needs = trimNeedsBytes(*start, *end); static_cast<int64_t>(size) < needs) {
+        io.err << "kdxctl: trim: " << recording << " holds " << size << " bytes; the marks need " << needs
+               << " (the copy ends one byte after the end mark); nothing was written\n";
+        return 1;
+    }
+
+    const TrimResult r = trimRecording(recording, *start, *end, TrimWrite::Atomic);
     if (!r.ok) {
-        io.err << "kdxctl: trim: " << trim::ErrorText << " " << r.reason << " (" << r.copied << " bytes in "
-               << r.output << ")\n";
+        io.err << "kdxctl: trim: " << trim::ErrorText << " " << r.reason << "; " << r.output << " was left as it was\n";
         return 1;
     }
     io.err << "trim: " << r.copied << " bytes written to " << r.output << "\n";

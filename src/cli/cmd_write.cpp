@@ -1,12 +1,14 @@
-// kdxctl write: writes a configuration file into a module and checks it by reading back.
+// kdxctl write: writes a configuration file into one module or many at once, saving
+// each module's configuration first, and checks each by reading back.
 #include "cli/cli_args.h"
 #include "cli/command.h"
 #include "cli/commands.h"
+#include "cli/config_input.h"
+#include "cli/json_writer.h"
+#include "cli/module_link.h"
+#include "cli/module_summary.h"
 #include "cli/option_parser.h"
-#include "cli/posix_serial.h"
-#include "config/config_file.h"
-#include "config/memory_session.h"
-#include "core/host_numeric.h"
+#include "cli/stdout_check.h"
 
 #include <optional>
 #include <ostream>
@@ -15,102 +17,125 @@ namespace kdx::cli {
 
 namespace {
 
-constexpr int kListenMs = 1000;
-constexpr int kReplyMs = 1000;
-constexpr int kReadAttempts = 2;
-// A module may answer the write itself before it has stored everything; one more
-// read-back is taken before a difference counts.
-constexpr int kVerifyReads = 2;
-
 const OptionSpec kOptions[] = {
-    kPortOption,
-    kAxisOption,
+    kPortsOption,
+    kAxesOption,
     {.name = "--motor", .takes = Takes::Value, .metavar = "M",
-     .help = "through a Q-Vane with a two-axis file: the motor block to write,\n"
-             "0 or 1 (default 0)"},
+     .help = "through a Q-Vane with a two-axis file: the motor block\n"
+             "to write, 1 or 2 as kdxtool numbers them (default 1; 0\n"
+             "also means motor 1)"},
+    {.name = "--backup-dir", .takes = Takes::Value, .metavar = "DIR", .needs = "a folder",
+     .help = "save each module's configuration in DIR before writing\n"
+             "(default: a new kdx-backup-YYYYMMDD-HHMMSS folder in the\n"
+             "current one)"},
+    {.name = "--no-backup", .help = "write without saving the configurations first"},
+    kJsonOption,
 };
 
 } // namespace
 
 const Syntax kWriteSyntax{
-    .synopsis = "usage: kdxctl write --port DEV [--axis tilt|roll|pan] [--motor 0|1] FILE",
+    .synopsis = "usage: kdxctl write --port DEV [--port DEV ...] [--axis tilt|roll|pan]\n"
+                "                    [--motor 1|2] [--backup-dir DIR | --no-backup] [--json] FILE",
     .about = "Writes the memory image of a configuration file into the module on DEV byte for\n"
              "byte, reads it back, and succeeds only if the module then holds exactly that.\n"
              "A KDX wired directly takes a two-axis .kdx file (both motor blocks); the KDX of\n"
              "a Q-Vane axis takes one motor block, from a .bls file or, with --motor, from\n"
-             "either motor of a .kdx file (default motor 0). A file whose data records hold\n"
-             "anything but hexadecimal digits is refused before anything is sent.",
+             "either motor of a .kdx file. A file whose data records hold anything but\n"
+             "hexadecimal digits is refused before anything is sent.\n"
+             "Each module's configuration is read and saved before the write, so a bad batch\n"
+             "can be undone by writing the saved files back. With several ports every module\n"
+             "is served at once and a table of the results ends the run; the exit status is\n"
+             "0 only if every module was written and verified.",
     .options = kOptions,
     .positionals = {.min = 1, .max = 1, .missing = "expected a configuration file", .extra = "one file only"},
-    .helpColumn = 15,
+    .helpColumn = 20,
     .example = "kdxctl write --port /dev/ttyUSB0 before.kdx\n"
-               "kdxctl write --port /dev/ttyUSB0 --axis pan pan-axis.bls",
+               "kdxctl write --port /dev/ttyUSB0 --axis pan pan-axis.bls\n"
+               "kdxctl write --port /dev/ttyUSB0 --port /dev/ttyUSB1 gimbal.kdx",
 };
 
 int runWrite(const Arguments& args, CommandIo& io)
 {
-    const std::string& port = args.value("--port");
     const std::string& file = args.positionals()[0];
-    std::optional<int> axis;
-    if (args.has("--axis") && !(axis = parseAxis(args.value("--axis"))))
-        return args.usageError(io, "unknown axis '" + args.value("--axis") + "' (tilt, roll or pan)");
-    const std::string motorText = args.has("--motor") ? args.value("--motor") : "0";
-    if (motorText != "0" && motorText != "1") return args.usageError(io, "--motor is 0 or 1");
-    const int motor = motorText == "1";
+    std::string usage;
+    const auto jobs = moduleJobs(args, usage);
+    if (!jobs) return args.usageError(io, usage);
+    const auto motor = args.has("--motor") ? parseMotor(args.value("--motor")) : std::optional<int>(0);
+    if (!motor) return args.usageError(io, "--motor is 1 or 2");
+    const bool backups = !args.has("--no-backup");
+    if (!backups && args.has("--backup-dir")) return args.usageError(io, "--no-backup and --backup-dir exclude each other");
+    const bool json = args.has("--json");
 
     auto fail = [&](const std::string& why) {
         io.err << "kdxctl: " << why << "\n";
         return 1;
     };
-    const ConfigLoad load = loadConfigFile(file, false);
-    if (load.status == ConfigLoadStatus::Failed) return fail(file + ": " + load.box.prompt);
-    // Stricter than loading into the program, which reads such a record as best it can
-    // (blanks as zeros): bytes that are not in the file never go into a module.
-    if (load.firstNonHexLine > 0)
-        return fail(file + ": line " + std::to_string(load.firstNonHexLine) +
-                    " holds characters that are not hexadecimal digits; nothing was written");
-
-    PosixSerial serial;
     std::string error;
-    if (!serial.open(port, error)) return fail(error);
-    MemorySession session(
-        ByteLinkIo{[&](std::span<const uint8_t> b, std::string& e) { return serial.write(b, e); },
-                   [&](std::vector<uint8_t>& o, int t, std::string& e) { return serial.read(o, t, e); }},
-        port);
-    if (!session.detectTarget(kListenMs, error)) return fail(error);
-    const bool qvane = session.targetIsQVane();
-    if (!qvane && !load.twoAxis())
-        return fail(file + " holds one motor block; a KDX wired directly needs a two-axis .kdx file");
-    if (axis) {
-        if (!qvane) return fail("--axis needs a Q-Vane, but " + port + " is a KDX wired directly");
-        session.setAxis(*axis);
-        if (!session.sendAxisSelect(error)) return fail(error);
-    }
+    // Bytes that are not in the file never go into a module.
+    const ConfigLoad load = loadConfigInput(file, error, "nothing was written");
+    if (load.status == ConfigLoadStatus::Failed) return fail(error);
+    BackupFolder backupFolder;
+    if (backups && !backupFolder.make(args.value("--backup-dir"), error)) return fail(error);
+    const std::string folder = backupFolder.path();
 
-    MemoryImage image{};
-    applyConfigLoad(load, image, qvane && motor == 1);
-    if (!session.writeMemory(image, error)) return fail(error);
+    std::vector<ModuleOutcome> outcomes(jobs->size());
+    std::vector<std::string> written(jobs->size()); // "wrote 60 bytes", for the one-module line
+    onEveryModule(jobs->size(), [&](std::size_t i) {
+        const ModuleJob& job = (*jobs)[i];
+        ModuleOutcome& o = outcomes[i];
+        o.port = job.port;
+        o.result = "not written";
+        ModuleLink link(job.port);
+        if (!link.connect(job.axis, o.detail)) return;
+        o.target = link.targetName();
+        if (!link.qvane() && !load.twoAxis()) {
+            o.detail = file + " holds one motor block; a KDX wired directly needs a two-axis .kdx file";
+            return;
+        }
+        if (backups) {
+            MemoryImage previous{};
+            if (!link.read(previous, o.detail)) return;
+            const std::string path = folder + "/" + backupFileName(job.port, link.qvane(), job.axis.value_or(0));
+            if (const auto box = saveConfigFile(path, previous, !link.qvane())) {
+                o.detail = "cannot save the backup " + path + ": " + box->prompt;
+                return;
+            }
+            o.backup = path;
+        }
+        MemoryImage image{};
+        const bool secondMotor = link.qvane() && load.twoAxis() && *motor == 1;
+        applyConfigLoad(load, image, secondMotor);
+        if (!link.writeAndVerify(image, o.detail)) {
+            if (link.wrote()) o.result = "failed";
+            return;
+        }
+        o.result = "ok";
+        written[i] = "wrote " + std::to_string(link.elements()) + " bytes";
+        if (link.qvane() && load.twoAxis()) written[i] += " (motor " + std::to_string(*motor + 1) + " of " + file + ")";
+        o.detail = written[i] + " and read them back";
+    });
 
-    const int count = session.transferredElements();
-    int firstDifference = -1;
-    MemoryImage back{};
-    for (int attempt = 0; attempt < kVerifyReads; ++attempt) {
-        if (!session.readMemory(back, kReplyMs, kReadAttempts, error)) return fail(error + " after the write");
-        firstDifference = -1;
-        for (int i = 0; i < count && firstDifference < 0; ++i)
-            if (lowByte(back[static_cast<std::size_t>(i)]) != lowByte(image[static_cast<std::size_t>(i)]))
-                firstDifference = i;
-        if (firstDifference < 0) break;
+    const bool ok = allOk(outcomes);
+    backupFolder.finish();
+    if (json) {
+        JsonWriter w;
+        w.beginObject().key("command").value("write").key("file").value(file).key("backupDir").valueOrNull(
+            backupFolder.path());
+        w.key("ok").value(ok);
+        summaryJson(w, outcomes);
+        io.out << w.endObject().line();
+    } else if (outcomes.size() == 1) {
+        const ModuleOutcome& o = outcomes[0];
+        if (!o.backup.empty()) io.out << "previous configuration saved to " << o.backup << "\n";
+        if (!o.ok()) return fail(o.detail);
+        io.out << written[0] << " to " << o.port << " (" << o.target << ") and read them back\n";
+    } else {
+        io.out << summaryTable(outcomes);
+        if (!backupFolder.path().empty()) io.out << "previous configurations saved in " << folder << "\n";
     }
-    if (firstDifference >= 0) {
-        const auto i = static_cast<std::size_t>(firstDifference);
-        return fail(port + " holds different data after the write: byte " + std::to_string(firstDifference) +
-                    " is " + std::to_string(lowByte(back[i])) + ", expected " + std::to_string(lowByte(image[i])));
-    }
-    io.out << "wrote " << count << " bytes to " << port
-           << (qvane ? " (Q-Vane axis " + AxisName(session.axis()) + ")" : std::string(" (KDX)"))
-           << " and read them back\n";
-    return 0;
+    if (!outputReached(io.out)) return fail(std::string(kOutputLost));
+    return batchExit(io.err, outcomes, "were not written and verified");
 }
 
 } // namespace kdx::cli

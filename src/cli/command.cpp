@@ -19,7 +19,8 @@ int runKdxctl(const std::vector<std::string>& args, CommandIo& io)
         }
         os << "\nRun 'kdxctl COMMAND --help' (or -h) for a command's options and an example.\n"
               "Exit status: 0 success, 1 failure (one line on standard error says why),\n"
-              "2 usage error.\n\n"
+              "2 usage error; diff exits 1 when the configurations differ and 2 when it\n"
+              "cannot compare them.\n\n"
               "example:\n"
               "  kdxctl ports\n"
               "  kdxctl read --port /dev/ttyUSB0 -o before.kdx\n"

@@ -54,6 +54,23 @@ const std::string& Arguments::value(std::string_view option) const
 
 const std::vector<std::string>& Arguments::values(std::string_view option) const { return given(option).values; }
 
+std::vector<std::pair<std::string, std::string>> Arguments::inOrder(std::initializer_list<std::string_view> options) const
+{
+    std::vector<int> wanted;
+    for (std::string_view o : options) {
+        given(o); // an undeclared option is a programming error
+        wanted.push_back(findOption(command_->syntax.options, o));
+    }
+    std::vector<std::pair<std::string, std::string>> words;
+    for (const auto& [index, value] : order_) {
+        if (index < 0)
+            words.emplace_back("", value);
+        else if (std::find(wanted.begin(), wanted.end(), index) != wanted.end())
+            words.emplace_back(command_->syntax.options[static_cast<std::size_t>(index)].name, value);
+    }
+    return words;
+}
+
 int Arguments::usageError(CommandIo& io, std::string_view what) const { return cli::usageError(io, *command_, what); }
 
 std::variant<Arguments, std::string> parseArguments(const Command& command, std::span<const std::string> args)
@@ -66,6 +83,7 @@ std::variant<Arguments, std::string> parseArguments(const Command& command, std:
         if (word.empty() || word[0] != '-') {
             if (std::ssize(parsed.positionals_) < positional.max) {
                 parsed.positionals_.push_back(word);
+                parsed.order_.emplace_back(-1, word);
                 continue;
             }
             if (positional.max == 0) return "unexpected argument " + quoted(word);
@@ -93,7 +111,10 @@ std::variant<Arguments, std::string> parseArguments(const Command& command, std:
         } else if (option.takes == Takes::Value) {
             if (i + 1 >= args.size()) return std::string(name) + " needs " + option.needs;
             given.values.push_back(args[++i]);
+        } else {
+            continue;
         }
+        parsed.order_.emplace_back(index, given.values.back());
     }
     for (std::size_t i = 0; i < options.size(); ++i) {
         const Arguments::Given& given = parsed.given_[i];

@@ -5,9 +5,11 @@
 // the command's --help text.
 #include "cli/command.h"
 
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -61,6 +63,9 @@ public:
     // Every value it was given, in order.
     const std::vector<std::string>& values(std::string_view option) const;
     const std::vector<std::string>& positionals() const { return positionals_; }
+    // The positionals and the values of the named options, in command-line order, each
+    // as {option as declared, or "" for a positional; the value}.
+    std::vector<std::pair<std::string, std::string>> inOrder(std::initializer_list<std::string_view> options) const;
 
     // Reports a usage error of this command on stderr; returns 2.
     int usageError(CommandIo& io, std::string_view what) const;
@@ -78,6 +83,7 @@ private:
     const Command* command_;
     std::vector<Given> given_; // one per declared option, in declaration order
     std::vector<std::string> positionals_;
+    std::vector<std::pair<int, std::string>> order_; // {option index, or -1 for a positional; value}
 };
 
 // Checks args (the words after the command name) against the command's syntax: the

@@ -1,48 +1,18 @@
 #include "config/param_table.h"
 
+#include "config/param_fields.h"
+
 #include <algorithm>
 
 namespace kdx {
 
-namespace {
-
-struct RowDef {
-    const char* name;
-    const char* meaning;
-    const char* unit;
-    ParamLabel label;
-    bool reverse; // the Reversecb state rather than a label
-};
-
-constexpr RowDef kRows[] = {
-    {"PwmFreqHz", "PWM frequency", "kHz", ParamLabel::Freqtb, false},
-    {"StaticPower", "static power", "%", ParamLabel::Powertb, false},
-    {"DynamicPower", "dynamic power", "%", ParamLabel::PowerHitb, false},
-    {"PTerm", "P term", "%", ParamLabel::PTermtb, false},
-    {"IAngle", "angle where I ramps to zero", "deg", ParamLabel::IAngletb, false},
-    {"IRate", "I ramp rate", "", ParamLabel::IRatetb, false},
-    {"DTerm", "D term", "%", ParamLabel::DTermtb, false},
-    {"PowerErrorAngle", "angle error for max power", "deg", ParamLabel::PowerErrortb, false},
-    {"QVaneAxis", "Q-Vane axis", "", ParamLabel::Axistb, false},
-    {"Reverse", "drive reversed (1 = yes)", "", ParamLabel::Axistb, true},
-    {"DTermLimit", "D term limit", "", ParamLabel::DTermLimittb, false},
-    {"Poles", "motor poles", "", ParamLabel::Polestb, false},
-    {"GainPerc", "gain", "%", ParamLabel::Gaintb, false},
-    {"DriveRatio", "motor-to-load drive ratio", "", ParamLabel::Ratiotb, false},
-    {"RecoveryAngle", "recovery angle (0 = off)", "deg", ParamLabel::RecoveryAngletb, false},
-    {"FixedPosTrim", "power-up fixed position trim", "deg", ParamLabel::FPTrimtb, false},
-};
-
-} // namespace
-
 std::vector<ParamRow> paramTable(const DriverConfig& config, bool bothMotors)
 {
     std::vector<ParamRow> rows;
-    for (const RowDef& def : kRows) {
-        ParamRow row{def.name, def.meaning, def.unit, {}};
+    for (const ParamField& field : kParamFields) {
+        ParamRow row{std::string(field.name), std::string(field.meaning), std::string(field.unit), {}};
         for (int m = 0; m < (bothMotors ? 2 : 1); ++m)
-            row.values[static_cast<std::size_t>(m)] =
-                def.reverse ? (config.reverse(m) ? "1" : "0") : config.caption(def.label, m);
+            row.values[static_cast<std::size_t>(m)] = fieldValue(config, field, m);
         rows.push_back(std::move(row));
     }
     return rows;
@@ -76,7 +46,7 @@ std::string paramTableText(const std::vector<ParamRow>& rows, bool bothMotors)
         while (!s.empty() && s.back() == ' ') s.pop_back();
         return s + '\n';
     };
-    std::string out = line("Parameter", "Motor 0", "Motor 1", "Unit", "Meaning");
+    std::string out = line("Parameter", "Motor 1", "Motor 2", "Unit", "Meaning");
     for (const ParamRow& r : rows) out += line(r.name, r.values[0], r.values[1], r.unit, r.meaning);
     return out;
 }

@@ -5,6 +5,9 @@
 #include <cstring>
 #include <filesystem>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace kdx {
 
 namespace {
@@ -17,7 +20,12 @@ std::string osReason(int err) { return std::strerror(err ? err : EIO); }
 
 std::string TrimmedName(const std::string& recording) { return recording + std::string(trim::Suffix); }
 
-bool TrimCopy::start(const std::string& recording, int32_t markStart, int32_t markEnd)
+int64_t trimNeedsBytes(int32_t markStart, int32_t markEnd)
+{
+    return std::max<int64_t>(int64_t{markStart} + 1, 0) + std::max<int64_t>(int64_t{markEnd} - markStart, 1) + 1;
+}
+
+bool TrimCopy::start(const std::string& recording, int32_t markStart, int32_t markEnd, TrimWrite how)
 {
     namespace fs = std::filesystem;
     abandon();
@@ -26,14 +34,25 @@ bool TrimCopy::start(const std::string& recording, int32_t markStart, int32_t ma
     recording_ = recording;
     position_ = 0;
 
-    // The earlier copy goes first: what is written now never mixes with it.
     std::error_code ec;
     const fs::file_status st = fs::symlink_status(r_.output, ec);
     if (fs::is_directory(st)) return fail("cannot write " + r_.output + ": " + osReason(EISDIR));
-    if (fs::exists(st) && !fs::remove(r_.output, ec)) return fail("cannot delete " + r_.output + ": " + ec.message());
-
     errno = 0;
-    out_ = std::fopen(r_.output.c_str(), "wb");
+    if (how == TrimWrite::Atomic) {
+        std::string name = r_.output + ".XXXXXX";
+        const int fd = ::mkstemp(name.data());
+        if (fd < 0) return fail("cannot write " + r_.output + ": " + osReason(errno));
+        temp_ = name;
+        // mkstemp makes the file private; the copy gets what a new file would get.
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        ::fchmod(fd, 0666 & ~mask);
+        out_ = ::fdopen(fd, "wb");
+        if (!out_) ::close(fd);
+    } else {
+        if (fs::exists(st) && !fs::remove(r_.output, ec)) return fail("cannot delete " + r_.output + ": " + ec.message());
+        out_ = std::fopen(r_.output.c_str(), "wb");
+    }
     if (!out_) return fail("cannot write " + r_.output + ": " + osReason(errno));
     errno = 0;
     in_ = std::fopen(recording.c_str(), "rb");
@@ -49,7 +68,7 @@ bool TrimCopy::start(const std::string& recording, int32_t markStart, int32_t ma
                                          : recording + " ends after " + std::to_string(position_) + " bytes");
         skip -= static_cast<int64_t>(got);
     }
-    left_ = std::max<int64_t>(int64_t{markEnd} - markStart, 1) + 1;
+    left_ = trimNeedsBytes(markStart, markEnd) - std::max<int64_t>(int64_t{markStart} + 1, 0);
     return true;
 }
 
@@ -82,6 +101,10 @@ bool TrimCopy::finish()
     const bool closed = std::fclose(out_) == 0;
     out_ = nullptr;
     if (!closed) return fail("cannot write " + r_.output + ": " + osReason(errno));
+    if (!temp_.empty()) {
+        if (::rename(temp_.c_str(), r_.output.c_str()) != 0) return fail("cannot replace " + r_.output + ": " + osReason(errno));
+        temp_.clear();
+    }
     r_.ok = true;
     return false;
 }
@@ -99,12 +122,15 @@ void TrimCopy::abandon()
     if (in_) std::fclose(in_);
     if (out_) std::fclose(out_);
     in_ = out_ = nullptr;
+    // An atomic copy leaves nothing behind; an in-place one keeps what it wrote.
+    if (!temp_.empty()) ::unlink(temp_.c_str());
+    temp_.clear();
 }
 
-TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd)
+TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd, TrimWrite how)
 {
     TrimCopy trim;
-    if (trim.start(recording, markStart, markEnd))
+    if (trim.start(recording, markStart, markEnd, how))
         while (trim.copy(kBlock)) {
         }
     return trim.result();

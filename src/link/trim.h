@@ -26,6 +26,17 @@ struct TrimResult {
     std::string reason;  // why it failed, for kdxctl (the window shows ErrorText only)
 };
 
+// How the copy takes the place of an earlier one. InPlace, the window's way: the earlier
+// copy is deleted first and the new one written under its name, so a failure leaves
+// the partial copy. Atomic: the copy is written to a temporary file beside it and
+// renamed at the end, so a failure leaves an earlier copy as it was and no partial one.
+enum class TrimWrite { InPlace, Atomic };
+
+// Bytes a recording must hold for the marks: the copy starts one byte after the start
+// mark and ends one byte after the end mark (MarkStart + 1 bytes skipped, then
+// max(MarkEnd - MarkStart, 1) + 1 copied).
+int64_t trimNeedsBytes(int32_t markStart, int32_t markEnd);
+
 // One trim, copied a slice at a time so a window can let its event loop run between
 // slices. Both counted loops are inclusive, so the copy starts one byte after the start
 // mark and ends one byte after the end mark: MarkStart + 1 bytes are skipped, then
@@ -40,7 +51,7 @@ public:
 
     // Deletes an earlier copy, creates the new one, opens the recording and skips to
     // the start mark. False when that fails; result() says why.
-    bool start(const std::string& recording, int32_t markStart, int32_t markEnd);
+    bool start(const std::string& recording, int32_t markStart, int32_t markEnd, TrimWrite how = TrimWrite::InPlace);
     // Copies up to `bytes` more. True while there is more to copy; false once the copy
     // is finished (or failed), and then result() is final and the files are closed.
     bool copy(int64_t bytes);
@@ -57,12 +68,14 @@ private:
     std::string recording_;
     std::FILE* in_ = nullptr;
     std::FILE* out_ = nullptr;
+    std::string temp_; // the file written while an atomic copy runs
     int64_t position_ = 0; // bytes read from the recording
     int64_t left_ = 0;     // bytes still to copy
     std::vector<char> buf_;
 };
 
 // The whole trim at once (kdxctl trim).
-TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd);
+TrimResult trimRecording(const std::string& recording, int32_t markStart, int32_t markEnd,
+                         TrimWrite how = TrimWrite::InPlace);
 
 } // namespace kdx

@@ -71,8 +71,6 @@ TEST_F(DecodeCommand, RecordingsWithNoiseGiveTheLogTheWindowWrites)
         {"relayed with a bad axis first", cat({relayedSample(3).frame(), directSample().frame()}),
          kRelayedHeader + std::string(kDirectSampleLine),
          "75, good messages 2, bad messages 0, noise bytes 0, log lines 1, undecodable cyclic messages 1\n"},
-        {"no telemetry", cat({{7, 7}, buildFrame(120, Bytes(60, 1))}), kDirectHeader,
-         "66, good messages 1, bad messages 0, noise bytes 2, log lines 0\n"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(run({write(c.recording)}), 0) << c.name;
@@ -99,19 +97,34 @@ TEST_F(DecodeCommand, LongRecordingAcrossReadBlocksReplacesTheOutputFile)
     EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(log), {}) == expected);
     EXPECT_EQ(err_.str(), "decode: bytes 1965715, good messages 40000, bad messages 0, noise bytes 5715, log lines 40000\n");
     EXPECT_EQ(std::distance(fs::directory_iterator(dir_), {}), 2); // no temporary file left
+    // With -o the counts as JSON go to standard output.
+    ASSERT_EQ(run({in, "-o", out, "--json"}), 0) << err_.str();
+    EXPECT_EQ(out_.str(), "{\"recording\":\"" + in + "\",\"output\":\"" + out +
+                              "\",\"bytes\":1965715,\"goodMessages\":40000,\"badMessages\":0,\"noiseBytes\":5715,"
+                              "\"logLines\":40000,\"undecodable\":0}\n");
+    EXPECT_EQ(err_.str(), "");
 }
 
 TEST_F(DecodeCommand, UsageAndFileErrors)
 {
     const std::string rec = write(directSample().frame()), missing = file("missing.rec"), noDir = file("x/y.csv");
+    // No log at all for a recording without telemetry: a memory reply and an undecodable
+    // cyclic message.
+    const std::string quiet = file("quiet.rec"), out = file("quiet.csv");
+    const Bytes noTelemetry = cat({{7, 7}, buildFrame(120, Bytes(60, 1)), relayedSample(3).frame()});
+    std::ofstream(quiet, std::ios::binary).write(reinterpret_cast<const char*>(noTelemetry.data()), std::ssize(noTelemetry));
+    const std::string noLog = "no telemetry in " + quiet +
+                              " (92 bytes, 2 good messages, 1 undecodable cyclic messages); no log was written\n";
     struct Case { std::vector<std::string> args; int exit; std::string err; };
     for (const Case& c : {Case{{}, 2, "no recording given\n"}, {{rec, "--fast"}, 2, "unknown option '--fast'\n"},
+                          {{quiet}, 1, noLog}, {{quiet, "-o", out}, 1, noLog},
                           {{missing}, 1, "cannot open " + missing + ": No such file or directory\n"},
                           {{rec, "-o", noDir}, 1, "cannot write " + noDir + ": No such file or directory\n"}}) {
         EXPECT_EQ(run(c.args), c.exit) << c.err;
         EXPECT_EQ(err_.str().rfind("kdxctl: decode: " + c.err, 0), 0u) << err_.str();
         EXPECT_EQ(out_.str(), "") << c.err;
     }
+    EXPECT_FALSE(fs::exists(out));
 }
 
 // The partial log is the command's own: a link planted where it might go redirects

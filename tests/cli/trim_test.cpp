@@ -49,30 +49,36 @@ protected:
 
 // The copies the Comms Link window's "Write File" makes for the same marks (its window
 // test checks the same slices): from one byte after the start mark to one after the end.
-TEST_F(TrimCommand, WritesTheWindowsCopyAndKeepsAPartialOne)
+// Marks the recording cannot satisfy change nothing: the good copy before them stays.
+TEST_F(TrimCommand, WritesTheWindowsCopyAndKeepsAGoodEarlierOne)
 {
     struct Case {
         const char* start;
         const char* end;
         int exit;
-        std::size_t from, copied;
+        std::size_t from, copied; // the copy on disk afterwards
     };
     const Case cases[] = {
-        {"0", "100", 0, 1, 101},
-        {"300", "20", 0, 301, 2},
         {"1024", "4000", 0, 1025, 2977},
+        {"300", "300", 0, 301, 2},
         {"4000", "4998", 0, 4001, 999},
-        {"4000", "4999", 1, 4001, 999}, // one byte short: an error, the partial copy stays
+        {"0", "100", 0, 1, 101},
+        {"4000", "4999", 1, 1, 101}, // one byte short
+        {"5000", "5000", 1, 1, 101},
+        {"300", "20", 2, 1, 101},    // the end before the start
     };
     for (const Case& c : cases) {
         EXPECT_EQ(run({recording(), "--start", c.start, "--end", c.end}), c.exit) << c.start << ".." << c.end;
         EXPECT_EQ(copy(), Bytes(data_.begin() + static_cast<std::ptrdiff_t>(c.from),
                                 data_.begin() + static_cast<std::ptrdiff_t>(c.from + c.copied)))
             << c.start << ".." << c.end;
-        if (c.exit == 1) {
-            EXPECT_EQ(err_.str().rfind("kdxctl: trim: Error during file trimming. ", 0), 0u) << err_.str();
-        }
     }
+    EXPECT_EQ(err_.str(), "kdxctl trim: --end 20 is before --start 300 (try kdxctl trim --help)\n");
+    run({recording(), "--start", "4000", "--end", "4999"});
+    EXPECT_EQ(err_.str(), "kdxctl: trim: " + recording() +
+                              " holds 5000 bytes; the marks need 5001 (the copy ends one byte after the end mark); "
+                              "nothing was written\n");
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir_), {}), 2) << "no temporary file is left";
 }
 
 TEST_F(TrimCommand, UsageErrorsExitWithTwoAndWriteNothing)
