@@ -96,8 +96,8 @@ int main(int argc, char** argv)
     program.onEnded = [] { QCoreApplication::quit(); };
     // Start-up runs through the handlers' guard too: whatever a port or a file does, the
     // program comes up.
-    kdx::guarded([&] { program.Form_Load(); });
-    kdx::guarded([&] {
+    kdx::guarded("Form_Load", [&] { program.Form_Load(); });
+    kdx::guarded("selectPort", [&] {
         if (!simulate.isEmpty())
             program.comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
         else if (!portPath.isEmpty())
@@ -105,7 +105,7 @@ int main(int argc, char** argv)
     });
     const QStringList files = parser.positionalArguments();
     if (!files.isEmpty()) {
-        kdx::guarded([&] { program.openCommandLineFile(files.first().toStdString()); });
+        kdx::guarded("openCommandLineFile", [&] { program.openCommandLineFile(files.first().toStdString()); });
     }
     if (!screenshotDir.isEmpty()) {
         // As a user would: once the configuration is read, pick motor 1 for tuning.

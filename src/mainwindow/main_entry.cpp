@@ -14,6 +14,7 @@
 #include "tuning/gain_message.h"
 #include "tuning/tuning_display.h"
 #include "widgets/face_colour.h"
+#include "widgets/text.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -56,18 +57,18 @@ MainEntry::MainEntry(const Peers& peers, QWidget* parent) : QMainWindow(parent),
     CommsQualityTmr = new QTimer(this);
     CommsQualityTmr->setObjectName("CommsQualityTmr");
     CommsQualityTmr->setInterval(500);
-    connect(CommsQualityTmr, &QTimer::timeout, this, [this] { guarded([&] { CommsQualityTmr_Timer(); }); });
+    connect(CommsQualityTmr, &QTimer::timeout, this, [this] { guarded("CommsQualityTmr_Timer", [&] { CommsQualityTmr_Timer(); }); });
 
     MemReqTimer = new QTimer(this);
     MemReqTimer->setObjectName("MemReqTimer");
     MemReqTimer->setInterval(memreq::TimeoutMs);
     MemReqTimer->setSingleShot(true);
-    connect(MemReqTimer, &QTimer::timeout, this, [this] { guarded([&] { MemReqTimer_Timer(); }); });
+    connect(MemReqTimer, &QTimer::timeout, this, [this] { guarded("MemReqTimer_Timer", [&] { MemReqTimer_Timer(); }); });
 
     TestTmr = new QTimer(this);
     TestTmr->setObjectName("TestTmr");
     TestTmr->setInterval(testmode::TimerMs);
-    connect(TestTmr, &QTimer::timeout, this, [this] { guarded([&] { TestTmr_Timer(); }); });
+    connect(TestTmr, &QTimer::timeout, this, [this] { guarded("TestTmr_Timer", [&] { TestTmr_Timer(); }); });
 
     config_.setRefreshHandler([this] { RefreshParamDisplay(); });
     config_.setDataModifiedHandler([this](bool flag) { SetDataModified(flag); });
@@ -143,7 +144,7 @@ void MainEntry::RequestMemoryRead(bool /*flag: kept in the interface, unused*/)
     buildReadRequest(OutMsg, TargetIsQVane, QVaneAxis);
     SendMessage();
     MemReqTimer->stop();
-    MemReqtb->setText(QString::fromUtf8(memreq::Reading.data(), memreq::Reading.size()));
+    MemReqtb->setText(qs(memreq::Reading));
     MemReqTimer->start();
     memoryRequestPending_ = true;
     UnrequestedReplylb->setVisible(false);
@@ -153,7 +154,7 @@ void MainEntry::RequestMemoryWrite()
 {
     buildWriteMessage(OutMsg, config_.image(), TargetIsQVane, QVaneAxis);
     SendMessage();
-    MemReqtb->setText(QString::fromUtf8(memreq::Writing.data(), memreq::Writing.size()));
+    MemReqtb->setText(qs(memreq::Writing));
     MemReqTimer->start();
     memoryRequestPending_ = true;
     UnrequestedReplylb->setVisible(false);
@@ -169,7 +170,7 @@ void MainEntry::WriteConfigcb_Click()
 
 void MainEntry::MemReqTimer_Timer()
 {
-    MemReqtb->setText(QString::fromUtf8(memreq::TimedOut.data(), memreq::TimedOut.size()));
+    MemReqtb->setText(qs(memreq::TimedOut));
     MemReqTimer->stop();
     memoryRequestPending_ = false; // an answer after this came too late to be the one asked for
 }
@@ -177,7 +178,7 @@ void MainEntry::MemReqTimer_Timer()
 void MainEntry::PutMemoryMsg(const MsgView& msg)
 {
     kdx::PutMemoryMsg(config_.image(), msg);
-    MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
+    MemReqtb->setText(qs(memreq::Ok));
     MemReqTimer->stop();
     config_.acceptNewImage();
     noteMemoryReply();
@@ -187,7 +188,7 @@ void MainEntry::PutAxisMemoryMsg(const MsgView& msg)
 {
     const FirmwareVersion v = kdx::PutAxisMemoryMsg(config_.image(), msg);
     ShowVersion(v.low, v.high);
-    MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
+    MemReqtb->setText(qs(memreq::Ok));
     MemReqTimer->stop();
     config_.acceptNewImage();
     noteMemoryReply();
@@ -204,7 +205,7 @@ void MainEntry::noteMemoryReply()
 void MainEntry::SetDataModified(bool flag)
 {
     paintFace(WriteConfigcb, flag ? colours::Green : colours::LightGrey);
-    if (flag) MemReqtb->setText(QString::fromUtf8(memreq::WriteToApply.data(), memreq::WriteToApply.size()));
+    if (flag) MemReqtb->setText(qs(memreq::WriteToApply));
 }
 
 bool MainEntry::ConfirmReadOverChanges()
@@ -260,7 +261,7 @@ void MainEntry::SaveConfigcb_Click()
     if (!path) return;
     // The file receives the values shown, unwritten changes included, with a fresh checksum.
     config_.ParamsToImage();
-    if (const auto error = saveConfigFile(*path, config_.image(), !TargetIsQVane)) {
+    if (const auto error = saveConfigFile(*path, config_.image(), !TargetIsQVane, peers_.saver)) {
         peers_.dialogs.MsgBox(error->prompt, error->style, error->title);
         return;
     }

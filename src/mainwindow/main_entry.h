@@ -4,6 +4,7 @@
 // message sink of the link. Logic lives in kdxcore (DriverConfig and friends); this
 // class owns the controls and the handlers.
 #include "config/driver_config.h"
+#include "core/atomic_file.h"
 #include "config/connection_select.h"
 #include "config/param_label.h"
 #include "config/test_mode.h"
@@ -60,6 +61,7 @@ public:
         TuningDisplay& tuning;
         TelemetryLog& log;
         DebugChannel& debug;
+        const AtomicSaver& saver = PlainSaver; // writes the configuration files
     };
     explicit MainEntry(const Peers& peers, QWidget* parent = nullptr);
     ~MainEntry() override;
