@@ -34,6 +34,7 @@ class QLabel;
 class QPushButton;
 class QRadioButton;
 class QTimer;
+class QVBoxLayout;
 
 namespace kdx {
 
@@ -202,6 +203,11 @@ protected:
 
 private:
     void buildControls();
+    QVBoxLayout* buildMotorColumn(int motor, QWidget* central);
+    void buildTargetFrames(QVBoxLayout* shared, QWidget* central);
+    QGroupBox* buildModuleFrame(QWidget* central);
+    QGroupBox* buildTransferFrame(QWidget* central);
+    QGroupBox* buildDebugFrame(QWidget* central);
     void buildMenus();
     void showWaitWindow();
     void RequestMemoryRead(bool flag);

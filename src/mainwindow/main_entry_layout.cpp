@@ -68,50 +68,70 @@ void MainEntry::buildControls()
 {
     auto* central = new QWidget(this);
     auto* top = new QHBoxLayout(central);
-
-    for (int m = 0; m < 2; ++m) {
-        const auto idx = static_cast<std::size_t>(m);
-        auto* column = new QVBoxLayout;
-        auto* frame = new QGroupBox(QString("Motor %1 Configuration").arg(m + 1), central);
-        frame->setObjectName(QString("MotorConfigfr%1").arg(m));
-        auto* grid = new QGridLayout(frame);
-        int row = 0;
-        for (const ParamRow& r : kParamRows) {
-            auto* caption = new QLabel(r.caption, frame);
-            auto* value = new ClickLabel(frame);
-            value->setObjectName(QString("%1%2").arg(qs(labelName(r.label))).arg(m));
-            value->setToolTip(QString(r.tip) + " (click to change)");
-            const ParamLabel l = r.label;
-            connect(value, &ClickLabel::clicked, this, [this, l, m] { guarded("ParamLabel_Click", [&] { ParamLabel_Click(l, m); }); });
-            paramLabels[l][idx] = value;
-            caption->setBuddy(value);
-            grid->addWidget(caption, row, 0);
-            grid->addWidget(value, row, 1);
-            ++row;
-        }
-        auto* reverse = new QCheckBox(qs(testmode::ReversecbCaption), frame);
-        reverse->setObjectName(QString("Reversecb%1").arg(m));
-        reverse->setToolTip(qs(testmode::ReversecbTip));
-        connect(reverse, &QCheckBox::clicked, this, [this, m] { guarded("Reversecb_Click", [&] { Reversecb_Click(m); }); });
-        Reversecb[idx] = reverse;
-        grid->addWidget(reverse, row, 0, 1, 2);
-        MotorConfigfr[idx] = frame;
-        column->addWidget(frame);
-
-        auto* values = new QGroupBox(QString("Motor %1 Current Values").arg(m + 1), central);
-        values->setObjectName(QString("MotorValuesfr%1").arg(m));
-        new QVBoxLayout(values);
-        buildLiveValues(m, values);
-        MotorValuesfr[idx] = values;
-        column->addWidget(values);
-        column->addStretch(1);
-        top->addLayout(column);
-    }
+    for (int m = 0; m < 2; ++m) top->addLayout(buildMotorColumn(m, central));
 
     auto* shared = new QVBoxLayout;
     top->addLayout(shared);
+    buildTargetFrames(shared, central);
+    shared->addWidget(buildModuleFrame(central));
+    shared->addWidget(buildTransferFrame(central));
+    shared->addWidget(buildTestFrame(central));
+    shared->addWidget(buildDebugFrame(central));
+    shared->addStretch(1);
 
-    // Connection: target kind and Q-Vane axis.
+    setCentralWidget(central);
+
+    CommsQualitylb = new QLabel(this);
+    CommsQualitylb->setObjectName("CommsQualitylb");
+    CommsQualitylb->setToolTip("Comms quality: messages received against the 100 per second expected");
+    statusBar()->addPermanentWidget(CommsQualitylb);
+}
+
+// A motor's column: its configuration (one clickable value per parameter, and Reverse)
+// above its current values.
+QVBoxLayout* MainEntry::buildMotorColumn(int m, QWidget* central)
+{
+    const auto idx = static_cast<std::size_t>(m);
+    auto* column = new QVBoxLayout;
+    auto* frame = new QGroupBox(QString("Motor %1 Configuration").arg(m + 1), central);
+    frame->setObjectName(QString("MotorConfigfr%1").arg(m));
+    auto* grid = new QGridLayout(frame);
+    int row = 0;
+    for (const ParamRow& r : kParamRows) {
+        auto* caption = new QLabel(r.caption, frame);
+        auto* value = new ClickLabel(frame);
+        value->setObjectName(QString("%1%2").arg(qs(labelName(r.label))).arg(m));
+        value->setToolTip(QString(r.tip) + " (click to change)");
+        const ParamLabel l = r.label;
+        connect(value, &ClickLabel::clicked, this, [this, l, m] { guarded("ParamLabel_Click", [&] { ParamLabel_Click(l, m); }); });
+        paramLabels[l][idx] = value;
+        caption->setBuddy(value);
+        grid->addWidget(caption, row, 0);
+        grid->addWidget(value, row, 1);
+        ++row;
+    }
+    auto* reverse = new QCheckBox(qs(testmode::ReversecbCaption), frame);
+    reverse->setObjectName(QString("Reversecb%1").arg(m));
+    reverse->setToolTip(qs(testmode::ReversecbTip));
+    connect(reverse, &QCheckBox::clicked, this, [this, m] { guarded("Reversecb_Click", [&] { Reversecb_Click(m); }); });
+    Reversecb[idx] = reverse;
+    grid->addWidget(reverse, row, 0, 1, 2);
+    MotorConfigfr[idx] = frame;
+    column->addWidget(frame);
+
+    auto* values = new QGroupBox(QString("Motor %1 Current Values").arg(m + 1), central);
+    values->setObjectName(QString("MotorValuesfr%1").arg(m));
+    new QVBoxLayout(values);
+    buildLiveValues(m, values);
+    MotorValuesfr[idx] = values;
+    column->addWidget(values);
+    column->addStretch(1);
+    return column;
+}
+
+// The target kind (direct or through a Q-Vane) and the Q-Vane's axis buttons.
+void MainEntry::buildTargetFrames(QVBoxLayout* shared, QWidget* central)
+{
     auto* targetBox = new QGroupBox("Target", central);
     auto* targetLayout = new QHBoxLayout(targetBox);
     const char* targetCaptions[2] = {"KDX", "QVane"};
@@ -144,7 +164,11 @@ void MainEntry::buildControls()
     QVaneConnectFr->setVisible(false);
     shared->addWidget(QVaneConnectFr);
 
-    // The module: firmware, supply, switch and command inputs.
+}
+
+// The module: firmware, supply, switch and command inputs.
+QGroupBox* MainEntry::buildModuleFrame(QWidget* central)
+{
     auto* moduleBox = new QGroupBox("Module", central);
     auto* moduleGrid = new QGridLayout(moduleBox);
     Versiontb = new QLabel(moduleBox);
@@ -179,9 +203,13 @@ void MainEntry::buildControls()
     switchLayout->addWidget(Switchtb);
     ButtonFr->setVisible(false);
     moduleGrid->addWidget(ButtonFr, 3, 0, 1, 2);
-    shared->addWidget(moduleBox);
 
-    // Transfer buttons and status.
+    return moduleBox;
+}
+
+// Read, Write, Load and Save, and the transfer's status.
+QGroupBox* MainEntry::buildTransferFrame(QWidget* central)
+{
     auto* transferBox = new QGroupBox("Configuration", central);
     auto* transfer = new QGridLayout(transferBox);
     ReadConfigcb = makeButton("&Read", "ReadConfigcb", transferBox);
@@ -218,10 +246,12 @@ void MainEntry::buildControls()
     status->addWidget(MemReqtb);
     status->addWidget(UnrequestedReplylb, 1);
     transfer->addLayout(status, 2, 0, 1, 2);
-    shared->addWidget(transferBox);
 
-    shared->addWidget(buildTestFrame(central));
+    return transferBox;
+}
 
+QGroupBox* MainEntry::buildDebugFrame(QWidget* central)
+{
     DebugIDFr = new QGroupBox("Debug", central);
     DebugIDFr->setObjectName("DebugIDFr");
     auto* debugLayout = new QHBoxLayout(DebugIDFr);
@@ -231,15 +261,7 @@ void MainEntry::buildControls()
     connect(DebIDtb, &ClickLabel::clicked, this, [this] { guarded("ParamLabel_Click", [&] { ParamLabel_Click(ParamLabel::DebIDtb, 0); }); });
     debugLayout->addWidget(new QLabel("Debug ID", DebugIDFr));
     debugLayout->addWidget(DebIDtb);
-    shared->addWidget(DebugIDFr);
-    shared->addStretch(1);
-
-    setCentralWidget(central);
-
-    CommsQualitylb = new QLabel(this);
-    CommsQualitylb->setObjectName("CommsQualitylb");
-    CommsQualitylb->setToolTip("Comms quality: messages received against the 100 per second expected");
-    statusBar()->addPermanentWidget(CommsQualitylb);
+    return DebugIDFr;
 }
 
 // The shared test-mode values and the bootloader restart. The per-motor test buttons
