@@ -4,7 +4,9 @@
 // and the telemetry log written to a file. The event loop runs for real, so the link's
 // and the main window's 500 ms timers, the log's flush timer and the repaints of the
 // shown windows all take their share. Reported: seconds per one-hour recording.
-#include "fakes/program_rig.h"
+#include "app/application.h"
+#include "fakes/fake_serial_port.h"
+#include "fakes/scripted_dialogs.h"
 #include "sim/recording.h"
 
 #include <QDir>
@@ -42,19 +44,27 @@ void BM_PlayOneHourAtMaxThroughTheProgram(benchmark::State& state)
         return;
     }
     QTemporaryDir logDir;
-    test::ProgramRig rig;
-    rig.dialogs.failOnUnexpected = false;
-    GraphWin& graph = rig.graph;
+    // The program on the fakes but on the system's clock: the playback paces itself by it.
+    struct {
+        test::FakeSerialPort port;
+        test::ScriptedDialogs dialogs;
+        test::FakeKeyState keys;
+    } fakes;
+    fakes.dialogs.failOnUnexpected = false;
+    Application program(fakes.port, fakes.dialogs, fakes.keys);
+    program.Form_Load();
+    program.wait.InputSwitchTimer->stop();
+    GraphWin& graph = program.graph;
     graph.resize(1400, 800);
-    TelemetrySetup& logging = rig.logging;
+    TelemetrySetup& logging = program.logging;
     logging.LogFileName->setText(QDir(logDir.path()).filePath("Run1.csv"));
     graph.RepeatTrigcb_Click();
-    rig.comms.show();
-    rig.comms.SetInputFilename(recording);
-    rig.comms.Rateob_Click(0); // "Max"
+    program.comms.show();
+    program.comms.SetInputFilename(recording);
+    program.comms.Rateob_Click(0); // "Max"
 
     long long qualityTicks = 0;
-    QObject::connect(rig.main.CommsQualityTmr, &QTimer::timeout, [&] { ++qualityTicks; });
+    QObject::connect(program.main.CommsQualityTmr, &QTimer::timeout, [&] { ++qualityTicks; });
     double seconds = 0;
     for (auto _ : state) {
         logging.StartLog_Click(); // a fresh log each hour
@@ -62,18 +72,18 @@ void BM_PlayOneHourAtMaxThroughTheProgram(benchmark::State& state)
         QTimer poll;
         poll.setInterval(20);
         QObject::connect(&poll, &QTimer::timeout, [&] {
-            if (!rig.comms.PlaybackActive) loop.quit();
+            if (!program.comms.PlaybackActive) loop.quit();
         });
         QElapsedTimer clock;
         clock.start();
-        rig.comms.StartLogIn_Click();
+        program.comms.StartLogIn_Click();
         poll.start();
         loop.exec();
         seconds += static_cast<double>(clock.nsecsElapsed()) * 1e-9;
         state.SetIterationTime(static_cast<double>(clock.nsecsElapsed()) * 1e-9);
         logging.StopLog_Click();
     }
-    const Receiver& rx = rig.comms.receiver();
+    const Receiver& rx = program.comms.receiver();
     const auto iterations = static_cast<double>(state.iterations());
     // Every message must have gone the whole way (the main window's 16-bit good-message
     // count, reset by its 500 ms tick, overflows and drops messages when that tick starves
@@ -88,7 +98,7 @@ void BM_PlayOneHourAtMaxThroughTheProgram(benchmark::State& state)
                                 .c_str());
     state.counters["s_per_hour"] = seconds / iterations;
     state.counters["messages/s"] = static_cast<double>(rx.goodMessages) / seconds;
-    state.counters["MB/s"] = static_cast<double>(rig.comms.playback().BytesPlayed) * iterations / seconds / 1e6;
+    state.counters["MB/s"] = static_cast<double>(program.comms.playback().BytesPlayed) * iterations / seconds / 1e6;
     state.counters["quality_ticks/s"] = static_cast<double>(qualityTicks) / seconds;
 }
 BENCHMARK(BM_PlayOneHourAtMaxThroughTheProgram)->UseManualTime()->Iterations(1)->Unit(benchmark::kSecond);

@@ -79,8 +79,11 @@ struct Consumers : MessageSink, LinkLossListener {
     bool secondMotorButton = true; // the tuning window's MotorSelcb(1) is shown
 
     // The log, on a clock the watchdog ticks advance.
-    double now = 0;
-    LogWriter log{[this] { return now; }};
+    struct : Clock {
+        double seconds = 0;
+        int64_t nowNs() override { return static_cast<int64_t>(seconds * 1e9); }
+    } clock;
+    LogWriter log{clock};
     bool logDebug = false; // the debug display asks for its columns in the log
     std::string expectedLog;
     int32_t expectedLines = 0;
@@ -270,7 +273,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
             break;
         }
         case 2:
-            sink.now += 0.5;
+            sink.clock.seconds += 0.5;
             rx.CommsTimeout_Timer();
             if (!sink.log.flushIfDue()) fail("the log could not be written");
             break;

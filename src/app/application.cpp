@@ -10,17 +10,18 @@
 
 namespace kdx {
 
-Application::Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, LogWriter::Clock clock)
-    : comms(port, dialogs),
-      logging(dialogs, std::move(clock)),
+Application::Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, Clock& clock)
+    : clock(clock), comms(port, dialogs, clock),
+      logging(dialogs, clock),
       main(MainEntry::Peers{.dialogs = dialogs,
                             .keys = keys,
                             .link = comms,
                             .windows = *this,
                             .tuning = *this,
                             .log = logging,
-                            .debug = debug}),
-      graph(main.gainStore(), main, *this, main, dialogs, keys),
+                            .debug = debug,
+                            .saver = saver}),
+      graph(main.gainStore(), main, *this, main, dialogs, keys, saver),
       wait(comms, main, main, keys),
       dialogs_(dialogs)
 {

@@ -30,8 +30,8 @@ class SerialPort;
 class Application : private ProgramWindows, private TuningDisplay {
 public:
     // The adapters are referenced and must outlive the application. `clock` times the
-    // telemetry log's flushes (empty: the system's monotonic clock).
-    Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, LogWriter::Clock clock = {});
+    // telemetry log's flushes and the playback's pace.
+    Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, Clock& clock = systemClock());
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
@@ -49,6 +49,10 @@ public:
     // Runs once, when the program ends (kdxtool leaves its event loop).
     std::function<void()> onEnded;
 
+    // The clock every window and the status bar read.
+    Clock& clock;
+    // What the windows save files with: a test sets its fault to make saves fail.
+    AtomicSaver saver;
     // The windows, each built on the ones declared before it and on this class.
     CommsLink comms;
     DebugDisplay debug;
@@ -58,7 +62,7 @@ public:
     PUPWait wait;
     // The main window's status bar, on the link's state and the target the telemetry told.
     LinkStatusBar statusBar{main.statusBar(), [this] { return statusInputs(); },
-                            [this] { return comms.receiver().goodMessages; }};
+                            [this] { return comms.receiver().goodMessages; }, clock};
 
 private:
     QWidget* window(ProgramWindow w);

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 namespace {
@@ -31,22 +32,17 @@ constexpr int kScreenshotTuneMs = 2000;
 constexpr int kScreenshotPSteps = 7;
 constexpr int kScreenshotLimitMs = 30000;
 
-} // namespace
+struct Options {
+    QString portPath;      // --port
+    QString simulate;      // "kdx", "qvane" or empty
+    QString screenshotDir; // --screenshot
+    QStringList files;     // the positional FILE, if any
+};
 
-int main(int argc, char** argv)
+// Parses kdxtool's command line; --help and --version print and exit in here. Empty on
+// a usage error, which has been reported.
+std::optional<Options> parseOptions(bool textOnly)
 {
-    kdx::installTerminateReport("kdxtool");
-    // --help and --version print and exit inside parser.process(); they need no display,
-    // so they get a plain application and work on a machine without one.
-    const bool textOnly = std::any_of(argv + 1, argv + argc, [](const char* arg) {
-        const std::string_view a(arg);
-        return a == "-h" || a == "--help" || a == "-?" || a == "-v" || a == "--version";
-    });
-    const std::unique_ptr<QCoreApplication> app =
-        textOnly ? std::make_unique<QCoreApplication>(argc, argv) : std::make_unique<QApplication>(argc, argv);
-    QApplication::setApplicationName("KDX Tool");
-    QApplication::setApplicationVersion(QString("%1.%2.%3").arg(KDX_VERSION_MAJOR).arg(KDX_VERSION_MINOR).arg(KDX_VERSION_PATCH));
-
     QCommandLineParser parser;
     parser.setApplicationDescription("Configure, tune and monitor a KDX brushless motor driver.\n\n"
                                      "Examples:\n"
@@ -79,19 +75,46 @@ int main(int argc, char** argv)
         if (a == "--simulate" || a == "-simulate") a = "--simulate=kdx";
     parser.process(args);
     if (textOnly) parser.showHelp(0); // "-h" and the like taken as an option's value
+    Options o;
+    o.portPath = parser.value(portOption);
+    o.screenshotDir = parser.value(screenshotOption);
+    o.simulate = parser.value(simulateOption);
+    o.files = parser.positionalArguments();
+    if (!o.screenshotDir.isEmpty() && o.simulate.isEmpty() && o.portPath.isEmpty()) o.simulate = "kdx";
+    if (!o.simulate.isEmpty() && o.simulate != "kdx" && o.simulate != "qvane") {
+        std::fprintf(stderr, "kdxtool: --simulate takes no value or =qvane\n");
+        return std::nullopt;
+    }
+    return o;
+
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    kdx::installTerminateReport("kdxtool");
+    // --help and --version print and exit inside parser.process(); they need no display,
+    // so they get a plain application and work on a machine without one.
+    const bool textOnly = std::any_of(argv + 1, argv + argc, [](const char* arg) {
+        const std::string_view a(arg);
+        return a == "-h" || a == "--help" || a == "-?" || a == "-v" || a == "--version";
+    });
+    const std::unique_ptr<QCoreApplication> app =
+        textOnly ? std::make_unique<QCoreApplication>(argc, argv) : std::make_unique<QApplication>(argc, argv);
+    QApplication::setApplicationName("KDX Tool");
+    QApplication::setApplicationVersion(QString("%1.%2.%3").arg(KDX_VERSION_MAJOR).arg(KDX_VERSION_MINOR).arg(KDX_VERSION_PATCH));
+
+    const std::optional<Options> options = parseOptions(textOnly);
+    if (!options) return 2;
     // The installed desktop entry and icon: Wayland matches windows to kdxtool.desktop.
     QGuiApplication::setDesktopFileName("kdxtool");
     QApplication::setWindowIcon(kdx::kdxToolIcon());
-    const QString screenshotDir = parser.value(screenshotOption);
-    QString simulate = parser.value(simulateOption);
-    if (!screenshotDir.isEmpty() && simulate.isEmpty() && parser.value(portOption).isEmpty()) simulate = "kdx";
-    if (!simulate.isEmpty() && simulate != "kdx" && simulate != "qvane") {
-        std::fprintf(stderr, "kdxtool: --simulate takes no value or =qvane\n");
-        return 2;
-    }
+    const QString& portPath = options->portPath;
+    const QString& simulate = options->simulate;
+    const QString& screenshotDir = options->screenshotDir;
 
     kdx::QtSerialPort realPort;
-    const QString portPath = parser.value(portOption);
     if (!portPath.isEmpty()) realPort.addExtraPort(portPath.toStdString());
     // The simulated module is listed beside the real ports and selected like one.
     kdx::QtSimPort port(&realPort);
@@ -103,16 +126,16 @@ int main(int argc, char** argv)
     program.onEnded = [] { QCoreApplication::quit(); };
     // Start-up runs through the handlers' guard too: whatever a port or a file does, the
     // program comes up.
-    kdx::guarded([&] { program.Form_Load(); });
-    kdx::guarded([&] {
+    kdx::guarded("Form_Load", [&] { program.Form_Load(); });
+    kdx::guarded("selectPort", [&] {
         if (!simulate.isEmpty())
             program.comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
         else if (!portPath.isEmpty())
             program.comms.selectPortByName(portPath.toStdString());
     });
-    const QStringList files = parser.positionalArguments();
+    const QStringList& files = options->files;
     if (!files.isEmpty()) {
-        kdx::guarded([&] { program.openCommandLineFile(files.first().toStdString()); });
+        kdx::guarded("openCommandLineFile", [&] { program.openCommandLineFile(files.first().toStdString()); });
     }
     QTimer sweepWatch;
     if (!screenshotDir.isEmpty()) {

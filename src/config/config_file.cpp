@@ -148,11 +148,12 @@ ConfigLoad loadConfigFile(const std::string& path, bool targetIsQVane)
     return parseConfigFile(file.bytes, targetIsQVane);
 }
 
-std::optional<MessageBoxText> saveConfigFile(const std::string& path, const MemoryImage& image, bool twoAxis)
+std::optional<MessageBoxText> saveConfigFile(const std::string& path, const MemoryImage& image, bool twoAxis,
+                                             const AtomicSaver& saver)
 {
     const std::vector<uint8_t> bytes = configFileBytes(image, twoAxis);
     std::string error;
-    if (saveFileAtomically(path, bytes, error)) return std::nullopt;
+    if (saver.save(path, bytes, error)) return std::nullopt;
     return MessageBoxText{"Error writing backup file: " + error, std::string(kTitleWrite), box::OkOnly};
 }
 

@@ -8,6 +8,7 @@
 // parseConfigFile() checks the bytes and says what to show or ask; applyConfigLoad()
 // copies into the image. Nothing changes the image unless the load succeeded.
 #include "config/memory_image.h"
+#include "core/atomic_file.h"
 
 #include <cstdint>
 #include <optional>
@@ -100,6 +101,7 @@ ConfigLoad loadConfigFile(const std::string& path, bool targetIsQVane);
 
 // Saves atomically. Returns the box to show ("Error writing backup file: ...", title
 // "File Write") on failure, nothing on success.
-std::optional<MessageBoxText> saveConfigFile(const std::string& path, const MemoryImage& image, bool twoAxis);
+std::optional<MessageBoxText> saveConfigFile(const std::string& path, const MemoryImage& image, bool twoAxis,
+                                             const AtomicSaver& saver = PlainSaver);
 
 } // namespace kdx

@@ -22,6 +22,14 @@ float RawToGain(int low, int high)
     return toSingle(static_cast<double>(q) * 100.0);
 }
 
+float scaledFromImage(const layout::WordScale& scale, int low, int high)
+{
+    const float units = toSingle(rawSigned(low, high) / scale.counts);
+    return toSingle(static_cast<double>(units) * scale.shown);
+}
+
+int32_t scaledToImage(const layout::WordScale& scale, double shown) { return CLng(shown / scale.shown * scale.counts); }
+
 float RawToPowerPerc(int raw) { return toSingle(static_cast<double>(raw) / 256.0 * 100.0); }
 
 } // namespace kdx

@@ -81,18 +81,19 @@ void DriverConfig::motorToParams(int m)
     } else {
         p.PwmFreqHz[m] = kDefaultPwmHz;
     }
-    p.StaticPower[m] = RawToVoltage(e(StaticPower), e(StaticPower + 1));
-    p.DynamicPower[m] = RawToVoltage(e(DynamicPower), e(DynamicPower + 1));
-    p.PTerm[m] = toSingle(static_cast<double>(RawToAngle2(e(PTerm), e(PTerm + 1))) * 100.0);
+    auto scaled = [&](const WordScale& s) { return scaledFromImage(s, e(s.offset), e(s.offset + 1)); };
+    p.StaticPower[m] = scaled(StaticPowerScale);
+    p.DynamicPower[m] = scaled(DynamicPowerScale);
+    p.PTerm[m] = scaled(PTermScale);
     p.IAngle[m] = toSingle(e(IAngle) / 16.0);
     p.IRate[m] = static_cast<float>(e(IRate));
-    p.DTerm[m] = toSingle(static_cast<double>(RawToAngle2(e(DTerm), e(DTerm + 1))) * 100.0);
+    p.DTerm[m] = scaled(DTermScale);
     p.DTermLimit[m] = static_cast<float>(e(DTermLimit));
     p.PowerErrorAngle[m] = e(PowerErrorAngle) / 16.0;
     p.QVaneAxis[m] = static_cast<float>(e(AxisFlags) & 3);
     reverse_[static_cast<std::size_t>(m)] = (e(AxisFlags) & ReverseBit) != 0;
     p.Poles[m] = static_cast<float>(e(Poles));
-    p.GainPerc[m] = RawToGain(e(GainPerc), e(GainPerc + 1));
+    p.GainPerc[m] = scaled(GainPercScale);
     p.RecoveryAngle[m] = static_cast<float>(e(RecoveryAngle));
     p.FixedPosTrim[m] = static_cast<float>(checked16(static_cast<long long>(e(FixedPosTrim)) * 2));
     // Read as unsigned: there is no sign in the ratio field.
@@ -115,12 +116,13 @@ void DriverConfig::motorToImage(int m)
 
     const double count = Int(divide(1.0, p.PwmFreqHz[i]) / kPwmTick);
     putWord(image_, base + PwmPeriod, CLng(count));
-    putWord(image_, base + StaticPower, CLng(p.StaticPower[i] * 256.0));
-    putWord(image_, base + DynamicPower, CLng(p.DynamicPower[i] * 256.0));
-    putWord(image_, base + PTerm, CLng(p.PTerm[i] / 100.0 * 128.0));
+    auto putScaled = [&](const WordScale& s, float shown) { putWord(image_, base + s.offset, scaledToImage(s, shown)); };
+    putScaled(StaticPowerScale, p.StaticPower[i]);
+    putScaled(DynamicPowerScale, p.DynamicPower[i]);
+    putScaled(PTermScale, p.PTerm[i]);
     putByte(image_, base + IAngle, CLng(p.IAngle[i] * 16.0));
     putByte(image_, base + IRate, CLng(p.IRate[i]));
-    putWord(image_, base + DTerm, CLng(p.DTerm[i] / 100.0 * 128.0));
+    putScaled(DTermScale, p.DTerm[i]);
     putByte(image_, base + DTermLimit, CLng(p.DTermLimit[i]));
     // Kept: the power-error element is stored whole, not reduced to a byte, so 16
     // degrees leaves 256 in it (the wire carries its low byte).
@@ -132,7 +134,7 @@ void DriverConfig::motorToImage(int m)
     // Kept: halves round to even, so a trim of 3 degrees writes 2 counts (reads back as 4)
     // and 1 degree writes 0.
     putWhole(image_, base + FixedPosTrim, CInt(p.FixedPosTrim[i] / 2.0));
-    putWord(image_, base + GainPerc, CLng(p.GainPerc[i] / 100.0 * 256.0));
+    putScaled(GainPercScale, p.GainPerc[i]);
     if (p.DriveRatio[i] == 0) {
         putWord(image_, base + DriveRatio, 0);
     } else {

@@ -29,4 +29,19 @@ constexpr int FixedPosTrim = 24;  // 2 degrees per count
 
 constexpr int ReverseBit = 0x80;
 
+// The scaled two-byte signed fields, one entry driving both directions: the module
+// counts `counts` per unit and the window shows `shown` per unit. A read divides the
+// count by `counts` (a 32-bit float), then multiplies by `shown` (a float again); a
+// write divides the value shown by `shown`, then multiplies by `counts`.
+struct WordScale {
+    int offset;
+    double counts;
+    double shown;
+};
+constexpr WordScale StaticPowerScale{StaticPower, 256, 1};
+constexpr WordScale DynamicPowerScale{DynamicPower, 256, 1};
+constexpr WordScale PTermScale{PTerm, 128, 100};
+constexpr WordScale DTermScale{DTerm, 128, 100};
+constexpr WordScale GainPercScale{GainPerc, 256, 100};
+
 } // namespace kdx::layout

@@ -1,6 +1,5 @@
 #include "core/atomic_file.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -14,13 +13,11 @@ namespace kdx {
 
 namespace {
 
-std::atomic<AtomicSaveFault> g_fault{AtomicSaveFault::None};
-
 // The error each injected step fails with: a folder the user may not write to, a disk
 // that fills half-way through the bytes, a device that fails at flush or rename.
-bool failing(AtomicSaveFault step, int& err)
+bool failing(AtomicSaveFault fault, AtomicSaveFault step, int& err)
 {
-    if (g_fault.load() != step) return false;
+    if (fault != step) return false;
     switch (step) {
     case AtomicSaveFault::Create: err = EACCES; break;
     case AtomicSaveFault::Write: err = ENOSPC; break;
@@ -39,16 +36,15 @@ std::string directoryOf(const std::string& path)
 
 } // namespace
 
-void setAtomicSaveFaultForTests(AtomicSaveFault fault) { g_fault.store(fault); }
-
-bool saveFileAtomically(const std::string& path, std::span<const uint8_t> bytes, std::string& error)
+bool saveFileAtomically(const std::string& path, std::span<const uint8_t> bytes, std::string& error,
+                        AtomicSaveFault fault)
 {
     // The temporary name sits in the target's own folder, so the rename never crosses
     // a file system and is atomic.
     std::string tmp = path + ".XXXXXX";
     int err = 0;
     int fd = -1;
-    if (!failing(AtomicSaveFault::Create, err)) {
+    if (!failing(fault, AtomicSaveFault::Create, err)) {
         fd = ::mkstemp(tmp.data());
         if (fd < 0) err = errno;
     }
@@ -73,9 +69,9 @@ bool saveFileAtomically(const std::string& path, std::span<const uint8_t> bytes,
 
     std::size_t done = 0;
     // An injected full disk takes the first half of the bytes, then refuses the rest.
-    const std::size_t room = g_fault.load() == AtomicSaveFault::Write ? bytes.size() / 2 : bytes.size();
+    const std::size_t room = fault == AtomicSaveFault::Write ? bytes.size() / 2 : bytes.size();
     while (done < bytes.size()) {
-        if (done >= room && failing(AtomicSaveFault::Write, err)) return fail(err);
+        if (done >= room && failing(fault, AtomicSaveFault::Write, err)) return fail(err);
         const std::size_t chunk = (done < room ? room : bytes.size()) - done;
         const ssize_t n = ::write(fd, bytes.data() + done, chunk);
         if (n < 0) {
@@ -84,14 +80,14 @@ bool saveFileAtomically(const std::string& path, std::span<const uint8_t> bytes,
         }
         done += static_cast<std::size_t>(n);
     }
-    if (failing(AtomicSaveFault::Sync, err)) return fail(err);
+    if (failing(fault, AtomicSaveFault::Sync, err)) return fail(err);
     if (::fsync(fd) != 0) return fail(errno);
     if (::close(fd) != 0) {
         fd = -1;
         return fail(errno);
     }
     fd = -1;
-    if (failing(AtomicSaveFault::Rename, err)) return fail(err);
+    if (failing(fault, AtomicSaveFault::Rename, err)) return fail(err);
     if (::rename(tmp.c_str(), path.c_str()) != 0) return fail(errno);
 
     // Make the rename itself durable; a failure here does not undo the save.

@@ -5,7 +5,7 @@
 namespace kdx {
 
 // The three faults the host platform raised at run time. Each abandons the event
-// handler it happens in and nothing else (see gui/handler_guard.h).
+// handler it happens in and nothing else (see platform/qt_guard.h).
 enum class HostErrorKind { Overflow, Subscript, DivisionByZero };
 
 class HostError : public std::runtime_error {

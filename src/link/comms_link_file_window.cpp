@@ -4,9 +4,10 @@
 
 #include "platform/dialogs.h"
 #include "platform/qt_guard.h"
+#include "platform/qt_local_path.h"
 #include "widgets/face_colour.h"
+#include "widgets/text.h"
 
-#include <QDir>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -30,20 +31,6 @@ constexpr std::string_view kOpenErrorPrefix = "Error opening data file: ";
 constexpr std::string_view kReadErrorPrefix = "Error reading data file: ";
 constexpr std::string_view kFileErrorTitle = "File Open";
 constexpr std::string_view kTrimErrorTitle = "KDX Tool";
-
-// The system's default folder D:\Logs is ~/Logs away from Windows.
-std::string localInputPath(std::string_view path)
-{
-#ifdef Q_OS_WIN
-    return std::string(path);
-#else
-    constexpr std::string_view folder = "D:\\Logs";
-    if (path.substr(0, folder.size()) != folder) return std::string(path);
-    std::string rest(path.substr(folder.size()));
-    std::replace(rest.begin(), rest.end(), '\\', '/');
-    return QDir::cleanPath(QDir::homePath() + "/Logs").toStdString() + rest;
-#endif
-}
 
 std::string folderOf(const std::string& path)
 {
@@ -81,7 +68,7 @@ void CommsLink::buildFileFrame()
     LogFileInName->setMinimumWidth(220);
     LogFileInName->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long path does not widen the window
     LogFileInName->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    SetInputFilename(localInputPath(kDefaultInputName));
+    SetInputFilename(localPath(kDefaultInputName));
     LogFileInChangecb = button("LogFileInChangecb", "Change", f, "Select a new data-file to read from");
     grid->addWidget(LogFileInName, 0, 0, 1, 3);
     grid->addWidget(LogFileInChangecb, 0, 3);
@@ -103,12 +90,10 @@ void CommsLink::buildFileFrame()
 
     auto* rates = new QHBoxLayout;
     for (std::size_t i = 0; i < Rateob.size(); ++i) {
-        auto* b = new QRadioButton(QString::fromUtf8(playback::Rates[i].caption.data(),
-                                                     static_cast<qsizetype>(playback::Rates[i].caption.size())),
-                                   f);
+        auto* b = new QRadioButton(qs(playback::Rates[i].caption), f);
         b->setObjectName(QString("Rateob%1").arg(i));
         const int index = static_cast<int>(i);
-        connect(b, &QRadioButton::clicked, this, [this, index] { guarded([&] { Rateob_Click(index); }); });
+        connect(b, &QRadioButton::clicked, this, [this, index] { guarded("Rateob_Click", [&] { Rateob_Click(index); }); });
         rates->addWidget(b);
         Rateob[i] = b;
     }
@@ -144,7 +129,9 @@ void CommsLink::buildFileFrame()
     };
     for (const auto& click : clicks) {
         const auto handler = click.second; // a copy: clang 14 cannot capture a structured binding
-        connect(click.first, &QPushButton::clicked, this, [this, handler] { guarded([&] { (this->*handler)(); }); });
+        connect(click.first, &QPushButton::clicked, this, [this, name = click.first->objectName().toUtf8(), handler] {
+            guarded(name.constData(), [&] { (this->*handler)(); });
+        });
     }
     showDoingInFile(false);
 }
@@ -183,7 +170,7 @@ void CommsLink::StartLogIn_Click()
     }
     PlaybackActive = true;
     awaitingGuard_ = false;
-    pacer_.reset(clock_());
+    pacer_.reset(clock_.nowNs());
     rx_.ResetSync(); // a frame half received from the port is not finished from the file
     showDoingInFile(true);
     FileInputTimer->start();
@@ -240,13 +227,13 @@ void CommsLink::FileInputTimer_Timer()
     PlaybackBusy = true;
     const auto done = qScopeGuard([this] { PlaybackBusy = false; });
     if (!playback_.isOpen()) return;
-    const int64_t start = clock_();
+    const int64_t start = clock_.nowNs();
     const uint64_t goodBefore = rx_.goodMessages;
     const double allowance = pacer_.allowance(start);
     bool paced = false;
     const auto sliceSpent = [&] {
         paced = static_cast<double>(rx_.goodMessages - goodBefore) >= allowance;
-        return paced || clock_() - start >= int64_t{MaxRateSliceMs} * 1000000;
+        return paced || clock_.nowNs() - start >= int64_t{MaxRateSliceMs} * 1000000;
     };
     const Playback::Tick t = playback_.tick(
         [this](std::span<const uint8_t> bytes) { return rx_.receiveWhileFree(bytes); },

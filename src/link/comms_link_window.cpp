@@ -20,7 +20,6 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace kdx {
@@ -60,8 +59,8 @@ std::vector<std::string> listedPorts(std::vector<std::string> ports, const std::
 
 } // namespace
 
-CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
-    : QWidget(parent, Qt::Window), port_(port), dialogs_(dialogs)
+CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, Clock& clock, QWidget* parent)
+    : QWidget(parent, Qt::Window), port_(port), dialogs_(dialogs), clock_(clock)
 {
     setObjectName("CommsLink");
     setWindowTitle("Comms Link");
@@ -75,7 +74,7 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
         b->setObjectName(QString("CommsPortob%1").arg(i));
         b->setVisible(false);
         portsLayout->addWidget(b, i, 0);
-        connect(b, &QRadioButton::clicked, this, [this, i] { guarded([&] { CommsPortob_Click(i); }); });
+        connect(b, &QRadioButton::clicked, this, [this, i] { guarded("CommsPortob_Click", [&] { CommsPortob_Click(i); }); });
         CommsPortob[static_cast<std::size_t>(i)] = b;
         auto* details = new QLabel(Frame1);
         details->setObjectName(QString("CommsPortlb%1").arg(i));
@@ -97,7 +96,7 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
     RescanCOMportscb = new QPushButton("Scan", this);
     RescanCOMportscb->setObjectName("RescanCOMportscb");
     RescanCOMportscb->setToolTip("Scan and show available COM ports");
-    connect(RescanCOMportscb, &QPushButton::clicked, this, [this] { guarded([&] { RescanCOMportscb_Click(); }); });
+    connect(RescanCOMportscb, &QPushButton::clicked, this, [this] { guarded("RescanCOMportscb_Click", [&] { RescanCOMportscb_Click(); }); });
     layout->addWidget(RescanCOMportscb);
 
     CommsStatuslb = new QLabel(this);
@@ -109,31 +108,26 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
     CommsTimeout = new QTimer(this);
     CommsTimeout->setObjectName("CommsTimeout");
     CommsTimeout->setInterval(500);
-    connect(CommsTimeout, &QTimer::timeout, this, [this] { guarded([&] { CommsTimeout_Timer(); }); });
+    connect(CommsTimeout, &QTimer::timeout, this, [this] { guarded("CommsTimeout_Timer", [&] { CommsTimeout_Timer(); }); });
     Comms2Timeout = new QTimer(this);
     Comms2Timeout->setObjectName("Comms2Timeout");
     Comms2Timeout->setInterval(200);
-    connect(Comms2Timeout, &QTimer::timeout, this, [this] { guarded([&] { Comms2Timeout_Timer(); }); });
+    connect(Comms2Timeout, &QTimer::timeout, this, [this] { guarded("Comms2Timeout_Timer", [&] { Comms2Timeout_Timer(); }); });
     reconnectTimer = new QTimer(this);
     reconnectTimer->setObjectName("reconnectTimer");
     reconnectTimer->setInterval(ReconnectCheckMs);
-    connect(reconnectTimer, &QTimer::timeout, this, [this] { guarded([&] { reconnectTick(); }); });
+    connect(reconnectTimer, &QTimer::timeout, this, [this] { guarded("reconnectTick", [&] { reconnectTick(); }); });
 
     FileInputTimer = new QTimer(this);
     FileInputTimer->setObjectName("FileInputTimer");
-    connect(FileInputTimer, &QTimer::timeout, this, [this] { guarded([&] { FileInputTimer_Timer(); }); });
+    connect(FileInputTimer, &QTimer::timeout, this, [this] { guarded("FileInputTimer_Timer", [&] { FileInputTimer_Timer(); }); });
     nextSlice_ = new QTimer(this);
     nextSlice_->setSingleShot(true);
     nextSlice_->setInterval(0);
-    connect(nextSlice_, &QTimer::timeout, this, [this] { guarded([&] { FileInputTimer_Timer(); }); });
+    connect(nextSlice_, &QTimer::timeout, this, [this] { guarded("FileInputTimer_Timer", [&] { FileInputTimer_Timer(); }); });
     trimTimer_ = new QTimer(this);
     trimTimer_->setInterval(0);
-    connect(trimTimer_, &QTimer::timeout, this, [this] { guarded([&] { trimNextKilobyte(); }); });
-    clock_ = [] {
-        return static_cast<int64_t>(
-            std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
-                .count());
-    };
+    connect(trimTimer_, &QTimer::timeout, this, [this] { guarded("trimNextKilobyte", [&] { trimNextKilobyte(); }); });
     Rateob_Click(2); // "x1"
 
     port_.onBytes = [this](std::span<const uint8_t> bytes) { onPortBytes(bytes); };
@@ -141,7 +135,7 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
         // Said once, after the port's own signal has returned. The loss can surface in
         // the middle of a write; SendMessage then leaves the telling to this.
         lostPort_ = PortOpen ? CurrentPort : 0;
-        QTimer::singleShot(0, this, [this, reason] { guarded([&] { onPortLost(reason); }); });
+        QTimer::singleShot(0, this, [this, reason] { guarded("onPortLost", [&] { onPortLost(reason); }); });
     };
 }
 

@@ -12,6 +12,7 @@
 #include "link/receiver.h"
 #include "link/trim.h"
 #include "platform/serial_port.h"
+#include "platform/clock.h"
 #include "widgets/posted_box.h"
 
 #include <QWidget>
@@ -50,7 +51,8 @@ public:
     // While a vanished port is awaited, it is looked for this often.
     static constexpr int ReconnectCheckMs = 250;
 
-    CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent = nullptr);
+    // `clock` times the playback's pace and slices; it must outlive the window.
+    CommsLink(SerialPort& port, Dialogs& dialogs, Clock& clock = systemClock(), QWidget* parent = nullptr);
     ~CommsLink() override;
 
     void setMessageSink(MessageSink* sink) { rx_.setSink(sink); }
@@ -112,8 +114,6 @@ public:
     void FileInputTimer_Timer();
     Playback& playback() { return playback_; }
     const Playback& playback() const { return playback_; }
-    // Nanoseconds on a monotonic clock, for the time slice at the maximum rate (tests).
-    void setPlaybackClock(std::function<int64_t()> nowNs) { clock_ = std::move(nowNs); }
 
     Receiver& receiver() { return rx_; }
     const Receiver& receiver() const { return rx_; }
@@ -203,7 +203,7 @@ private:
     int32_t shownErrors_ = -1;
     std::string shownStatus_;
     Playback playback_;
-    std::function<int64_t()> clock_;
+    Clock& clock_;
     QTimer* nextSlice_ = nullptr; // calls the tick again at once while a "Max" slice ended early
     // A consumer's fault left the receiver's guard held: playback waits for the
     // watchdog's tick to clear it, with its timer stopped.

@@ -59,11 +59,11 @@ StatusTexts statusTexts(const StatusInputs& in)
     return t;
 }
 
-double MessageRate::update(uint64_t count, Clock::time_point now)
+double MessageRate::update(uint64_t count, int64_t now)
 {
     double rate = 0;
     if (last_ && now > *last_ && count >= lastCount_)
-        rate = static_cast<double>(count - lastCount_) / std::chrono::duration<double>(now - *last_).count();
+        rate = static_cast<double>(count - lastCount_) * 1e9 / static_cast<double>(now - *last_);
     last_ = now;
     lastCount_ = count;
     return rate;

@@ -3,7 +3,6 @@
 // the telemetry has told of the target; no Qt, so each text can be checked by itself.
 #include "link/link_state.h"
 
-#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -32,12 +31,11 @@ StatusTexts statusTexts(const StatusInputs& in);
 // Good messages a second, from the receiver's running count read now and then.
 class MessageRate {
 public:
-    using Clock = std::chrono::steady_clock;
-    // The rate since the previous reading (0 at the first).
-    double update(uint64_t count, Clock::time_point now);
+    // The rate since the previous reading at `nowNs` on the program's clock (0 at the first).
+    double update(uint64_t count, int64_t nowNs);
 
 private:
-    std::optional<Clock::time_point> last_;
+    std::optional<int64_t> last_;
     uint64_t lastCount_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include "config/config_file.h"
 #include "config/memory_layout.h"
 #include "platform/qt_guard.h"
+#include "widgets/text.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -16,8 +17,6 @@ namespace kdx {
 
 namespace {
 
-QString qText(const std::string& s) { return QString::fromStdString(s); }
-
 // "Byte15" as diffConfigs names a byte that no parameter shows.
 constexpr std::string_view kBytePrefix = "Byte";
 
@@ -30,10 +29,10 @@ CompareWindow::CompareWindow(std::string path, const ConfigSnapshot& file, Scree
 {
     setObjectName("CompareWindow");
     const auto slash = path_.find_last_of("/\\");
-    setWindowTitle("Compare with File - " + qText(slash == std::string::npos ? path_ : path_.substr(slash + 1)));
+    setWindowTitle("Compare with File - " + qs(slash == std::string::npos ? path_ : path_.substr(slash + 1)));
     auto* layout = new QVBoxLayout(this);
 
-    Filelb = new QLabel("The configuration on screen against " + qText(path_) + ". Nothing is sent to the module.",
+    Filelb = new QLabel("The configuration on screen against " + qs(path_) + ". Nothing is sent to the module.",
                         this);
     Filelb->setObjectName("Filelb");
     Filelb->setWordWrap(true);
@@ -44,7 +43,7 @@ CompareWindow::CompareWindow(std::string path, const ConfigSnapshot& file, Scree
     Motorcb->setToolTip("The file holds two motors; the screen shows one. Compare it with this one.");
     for (int m = 0; m < 2; ++m) {
         const int axis = file_.image[static_cast<std::size_t>(layout::MotorBlockSize * m + layout::AxisFlags)] & 3;
-        Motorcb->addItem(QString("Motor %1 (%2)").arg(m + 1).arg(qText(AxisName(axis))));
+        Motorcb->addItem(QString("Motor %1 (%2)").arg(m + 1).arg(qs(AxisName(axis))));
     }
     auto* motorRow = new QHBoxLayout;
     auto* motorCaption = new QLabel("File's motor", this);
@@ -56,7 +55,7 @@ CompareWindow::CompareWindow(std::string path, const ConfigSnapshot& file, Scree
     chooseMotor_ = file_.twoAxis && !screen_().twoAxis;
     motorCaption->setVisible(chooseMotor_);
     Motorcb->setVisible(chooseMotor_);
-    connect(Motorcb, &QComboBox::currentIndexChanged, this, [this] { guarded([&] { Motorcb_Click(); }); });
+    connect(Motorcb, &QComboBox::currentIndexChanged, this, [this] { guarded("Motorcb_Click", [&] { Motorcb_Click(); }); });
 
     Summarylb = new QLabel(this);
     Summarylb->setObjectName("Summarylb");
@@ -79,8 +78,8 @@ CompareWindow::CompareWindow(std::string path, const ConfigSnapshot& file, Scree
     Closecb = new QPushButton("Close", this);
     Closecb->setObjectName("Closecb");
     Closecb->setDefault(true);
-    connect(Loadcb, &QPushButton::clicked, this, [this] { guarded([&] { Loadcb_Click(); }); });
-    connect(Closecb, &QPushButton::clicked, this, [this] { guarded([&] { Closecb_Click(); }); });
+    connect(Loadcb, &QPushButton::clicked, this, [this] { guarded("Loadcb_Click", [&] { Loadcb_Click(); }); });
+    connect(Closecb, &QPushButton::clicked, this, [this] { guarded("Closecb_Click", [&] { Closecb_Click(); }); });
     buttons->addStretch(1);
     buttons->addWidget(Loadcb);
     buttons->addWidget(Closecb);
@@ -107,7 +106,7 @@ void CompareWindow::compare()
     Differencesgr->setRowCount(static_cast<int>(differences.size()));
     int row = 0;
     for (const ParamDifference& d : differences) {
-        const QString cells[4] = {rowName(d), QString::number(d.motor + 1), qText(d.a), qText(d.b)};
+        const QString cells[4] = {rowName(d), QString::number(d.motor + 1), qs(d.a), qs(d.b)};
         for (int column = 0; column < 4; ++column)
             Differencesgr->setItem(row, column, new QTableWidgetItem(cells[column]));
         ++row;
@@ -121,8 +120,8 @@ QString CompareWindow::rowName(const ParamDifference& d) const
 {
     if (d.name == kDebugIdField.name) return name_(kDebugIdField, 0);
     if (const ParamField* field = findParamField(d.name)) return name_(*field, d.motor);
-    if (d.name.starts_with(kBytePrefix)) return "Byte " + qText(d.name.substr(kBytePrefix.size())) + " (unnamed)";
-    return qText(d.name);
+    if (d.name.starts_with(kBytePrefix)) return "Byte " + qs(d.name.substr(kBytePrefix.size())) + " (unnamed)";
+    return qs(d.name);
 }
 
 } // namespace kdx

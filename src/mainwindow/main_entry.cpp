@@ -3,6 +3,7 @@
 #include "config/config_file.h"
 #include "config/entry_commands.h"
 #include "config/memory_transfer.h"
+#include "config/startup.h"
 #include "mainwindow/change_markers.h"
 #include "core/colour.h"
 #include "core/host_numeric.h"
@@ -14,6 +15,7 @@
 #include "tuning/gain_message.h"
 #include "tuning/tuning_display.h"
 #include "widgets/face_colour.h"
+#include "widgets/text.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -24,7 +26,6 @@
 #include <QScreen>
 #include <QTimer>
 
-#include <cctype>
 
 namespace kdx {
 
@@ -43,15 +44,6 @@ std::string afterLastSeparator(const std::string& path)
     return sep == std::string::npos ? path : path.substr(sep + 1);
 }
 
-// The command line's extension test is case-sensitive: "kdx" and "btf" in any other
-// case name neither kind of file, nor a recording.
-bool isKnownExtensionInAnyCase(const std::string& ext)
-{
-    std::string lower = ext;
-    for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-    return lower == "kdx" || lower == "btf";
-}
-
 } // namespace
 
 MainEntry::MainEntry(const Peers& peers, QWidget* parent) : QMainWindow(parent), peers_(peers)
@@ -67,18 +59,18 @@ MainEntry::MainEntry(const Peers& peers, QWidget* parent) : QMainWindow(parent),
     CommsQualityTmr = new QTimer(this);
     CommsQualityTmr->setObjectName("CommsQualityTmr");
     CommsQualityTmr->setInterval(500);
-    connect(CommsQualityTmr, &QTimer::timeout, this, [this] { guarded([&] { CommsQualityTmr_Timer(); }); });
+    connect(CommsQualityTmr, &QTimer::timeout, this, [this] { guarded("CommsQualityTmr_Timer", [&] { CommsQualityTmr_Timer(); }); });
 
     MemReqTimer = new QTimer(this);
     MemReqTimer->setObjectName("MemReqTimer");
     MemReqTimer->setInterval(memreq::TimeoutMs);
     MemReqTimer->setSingleShot(true);
-    connect(MemReqTimer, &QTimer::timeout, this, [this] { guarded([&] { MemReqTimer_Timer(); }); });
+    connect(MemReqTimer, &QTimer::timeout, this, [this] { guarded("MemReqTimer_Timer", [&] { MemReqTimer_Timer(); }); });
 
     TestTmr = new QTimer(this);
     TestTmr->setObjectName("TestTmr");
     TestTmr->setInterval(testmode::TimerMs);
-    connect(TestTmr, &QTimer::timeout, this, [this] { guarded([&] { TestTmr_Timer(); }); });
+    connect(TestTmr, &QTimer::timeout, this, [this] { guarded("TestTmr_Timer", [&] { TestTmr_Timer(); }); });
 
     config_.setRefreshHandler([this] { RefreshParamDisplay(); });
     config_.setDataModifiedHandler([this](bool flag) { SetDataModified(flag); });
@@ -88,22 +80,7 @@ MainEntry::~MainEntry() = default;
 
 void MainEntry::Form_Load()
 {
-    // Nothing that looks read back exists before a read.
-    for (int i = 0; i <= 60; ++i) config_.image()[static_cast<std::size_t>(i)] = 255;
-    // Working values until the first read or load: 8 kHz PWM, a gain factor of 1.0
-    // (100 %), 1:1 drive, and a mid-range loop for a 14-pole motor.
-    ParamSet& p = config_.params();
-    p.PwmFreqHz = {8000, 8000};
-    p.GainPerc = {100, 100};
-    p.DriveRatio = {1, 1};
-    p.PTerm = {100, 100};
-    p.IRate = {5, 5};
-    p.DTerm = {20, 20};
-    p.DynamicPower = {30, 30};
-    p.IAngle = {4, 4};
-    p.PowerErrorAngle = {4, 4};
-    p.RecoveryAngle = {5, 5};
-    p.Poles = {14, 14};
+    applyStartupDefaults(config_);
     testMode_.applyTestPower(testmode::DefaultPower);
     testMode_.applyTestRate(testmode::DefaultRate);
     showTestValues();
@@ -152,26 +129,13 @@ void MainEntry::RestartIntoBootloader()
 
 void MainEntry::RestartIntoBLcb_Click() { RestartIntoBootloader(); }
 
-void MainEntry::PutMessageReceived(bool good)
-{
-    if (good) {
-        GoodMsgCount = checked16(static_cast<long long>(GoodMsgCount) + 1);
-    } else if (BadMsgCount > 32760) {
-        BadMsgCount = 0;
-    } else {
-        ++BadMsgCount;
-    }
-}
+void MainEntry::PutMessageReceived(bool good) { messageCount.PutMessageReceived(good); }
 
 void MainEntry::CommsQualityTmr_Timer()
 {
-    // 50 messages are expected per tick; 49 is deliberately taken as a full count so one
-    // message of jitter still reads as perfect.
-    if (GoodMsgCount == 49 || GoodMsgCount >= 51) GoodMsgCount = 50;
-    CommsQuality = toSingle(static_cast<double>(GoodMsgCount) / 50.0);
+    CommsQuality = messageCount.tick();
     const QString text = QString::fromStdString(Format(CommsQuality, "0%"));
     if (CommsQualitylb->text() != text) CommsQualitylb->setText(text);
-    GoodMsgCount = 0;
 }
 
 
@@ -182,7 +146,7 @@ void MainEntry::RequestMemoryRead(bool /*flag: kept in the interface, unused*/)
     buildReadRequest(OutMsg, TargetIsQVane, QVaneAxis);
     SendMessage();
     MemReqTimer->stop();
-    MemReqtb->setText(QString::fromUtf8(memreq::Reading.data(), memreq::Reading.size()));
+    MemReqtb->setText(qs(memreq::Reading));
     MemReqTimer->start();
     memoryRequestPending_ = true;
     UnrequestedReplylb->setVisible(false);
@@ -192,7 +156,7 @@ void MainEntry::RequestMemoryWrite()
 {
     buildWriteMessage(OutMsg, config_.image(), TargetIsQVane, QVaneAxis);
     SendMessage();
-    MemReqtb->setText(QString::fromUtf8(memreq::Writing.data(), memreq::Writing.size()));
+    MemReqtb->setText(qs(memreq::Writing));
     MemReqTimer->start();
     memoryRequestPending_ = true;
     UnrequestedReplylb->setVisible(false);
@@ -208,7 +172,7 @@ void MainEntry::WriteConfigcb_Click()
 
 void MainEntry::MemReqTimer_Timer()
 {
-    MemReqtb->setText(QString::fromUtf8(memreq::TimedOut.data(), memreq::TimedOut.size()));
+    MemReqtb->setText(qs(memreq::TimedOut));
     MemReqTimer->stop();
     memoryRequestPending_ = false; // an answer after this came too late to be the one asked for
 }
@@ -216,7 +180,7 @@ void MainEntry::MemReqTimer_Timer()
 void MainEntry::PutMemoryMsg(const MsgView& msg)
 {
     kdx::PutMemoryMsg(config_.image(), msg);
-    MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
+    MemReqtb->setText(qs(memreq::Ok));
     MemReqTimer->stop();
     config_.acceptNewImage();
     noteMemoryReply();
@@ -226,7 +190,7 @@ void MainEntry::PutAxisMemoryMsg(const MsgView& msg)
 {
     const FirmwareVersion v = kdx::PutAxisMemoryMsg(config_.image(), msg);
     ShowVersion(v.low, v.high);
-    MemReqtb->setText(QString::fromUtf8(memreq::Ok.data(), memreq::Ok.size()));
+    MemReqtb->setText(qs(memreq::Ok));
     MemReqTimer->stop();
     config_.acceptNewImage();
     noteMemoryReply();
@@ -244,7 +208,7 @@ void MainEntry::noteMemoryReply()
 void MainEntry::SetDataModified(bool flag)
 {
     paintFace(WriteConfigcb, flag ? colours::Green : colours::LightGrey);
-    if (flag) MemReqtb->setText(QString::fromUtf8(memreq::WriteToApply.data(), memreq::WriteToApply.size()));
+    if (flag) MemReqtb->setText(qs(memreq::WriteToApply));
 }
 
 bool MainEntry::ConfirmReadOverChanges()
@@ -299,7 +263,7 @@ void MainEntry::SaveConfigcb_Click()
     if (!path) return;
     // The file receives the values shown, unwritten changes included, with a fresh checksum.
     config_.ParamsToImage();
-    if (const auto error = saveConfigFile(*path, config_.image(), !TargetIsQVane)) {
+    if (const auto error = saveConfigFile(*path, config_.image(), !TargetIsQVane, peers_.saver)) {
         peers_.dialogs.MsgBox(error->prompt, error->style, error->title);
         return;
     }
@@ -450,34 +414,28 @@ void MainEntry::mnuAbout_Click()
 void MainEntry::handleCommandLine(const std::string& commandLine)
 {
     StartupFileLoaded = false;
-    if (commandLine.size() <= 3) return;
-    // One path in double quotes: the text between the first and the last character.
-    const std::string path = commandLine.substr(1, commandLine.size() - 2);
-    const std::string ext = path.size() >= 3 ? path.substr(path.size() - 3) : path;
-    if (ext == "kdx") { // case-sensitive
-        StartLoadOnInit(path);
+    const StartupFile file = classifyCommandLine(commandLine);
+    if (file.kind == StartupFileKind::None) return;
+    if (file.kind == StartupFileKind::Configuration) {
+        StartLoadOnInit(file.path);
         StartupFileLoaded = true;
     }
     ShowQVaneAxis(3);
-    if (ext == "btf") peers_.tuning.LoadTuningFileOnInit(path);
-    // Any other file is a recorded byte stream: it becomes the playback file, and the
-    // Comms Link window comes up with it, since without a module the other windows wait.
-    if (!isKnownExtensionInAnyCase(ext)) {
-        peers_.link.SetInputFilename(path);
+    if (file.kind == StartupFileKind::TuningFile) peers_.tuning.LoadTuningFileOnInit(file.path);
+    // A recording becomes the playback file, and the Comms Link window comes up with it,
+    // since without a module the other windows wait.
+    if (file.kind == StartupFileKind::Recording) {
+        peers_.link.SetInputFilename(file.path);
         peers_.windows.showWindow(ProgramWindow::CommsLink);
     }
 }
 
 bool MainEntry::GoForQuit()
 {
-    if (peers_.tuning.GetDataModified())
-        return peers_.dialogs.MsgBox("The Tuning Window data has been modified but not updated to the configuration "
-                                   "data. Still Quit ?",
-                                   box::YesNo, "Tuning Data Modified") == Answer::Yes;
-    if (config_.GetDataModified())
-        return peers_.dialogs.MsgBox("The current settings been modified but not written to the KDX module. Still Quit ?",
-                                   box::YesNo, "Tuning Data Modified") == Answer::Yes;
-    return true;
+    const auto question = quitQuestion(peers_.tuning.GetDataModified(), config_.GetDataModified());
+    if (!question) return true;
+    return peers_.dialogs.MsgBox(std::string(question->prompt), box::YesNo, std::string(question->title)) ==
+           Answer::Yes;
 }
 
 void MainEntry::RemoteQueryUnload()

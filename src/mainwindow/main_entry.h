@@ -4,10 +4,12 @@
 // message sink of the link. Logic lives in kdxcore (DriverConfig and friends); this
 // class owns the controls and the handlers.
 #include "config/driver_config.h"
+#include "core/atomic_file.h"
 #include "config/connection_select.h"
 #include "config/param_label.h"
 #include "config/test_mode.h"
 #include "link/frame.h"
+#include "link/comms_quality.h"
 #include "link/link_control.h"
 #include "link/message_sink.h"
 #include "platform/program_windows.h"
@@ -32,6 +34,7 @@ class QLabel;
 class QPushButton;
 class QRadioButton;
 class QTimer;
+class QVBoxLayout;
 
 namespace kdx {
 
@@ -61,6 +64,7 @@ public:
         TuningDisplay& tuning;
         TelemetryLog& log;
         DebugChannel& debug;
+        const AtomicSaver& saver = PlainSaver; // writes the configuration files
     };
     explicit MainEntry(const Peers& peers, QWidget* parent = nullptr);
     ~MainEntry() override;
@@ -150,8 +154,7 @@ public:
     // State.
     bool TargetIsQVane = false;
     int QVaneAxis = 0; // the selected Q-Vane axis: 0 Tilt, 1 Roll, 2 Pan
-    int16_t GoodMsgCount = 0;
-    int32_t BadMsgCount = 0;
+    CommsQualityCount messageCount;
     float CommsQuality = 0;
     OutMsgBuffer OutMsg{};
     std::string shortFileName; // the last configuration file loaded or saved, without its folder
@@ -216,6 +219,11 @@ protected:
 
 private:
     void buildControls();
+    QVBoxLayout* buildMotorColumn(int motor, QWidget* central);
+    void buildTargetFrames(QVBoxLayout* shared, QWidget* central);
+    QGroupBox* buildModuleFrame(QWidget* central);
+    QGroupBox* buildTransferFrame(QWidget* central);
+    QGroupBox* buildDebugFrame(QWidget* central);
     void buildMenus();
     void showWaitWindow();
     void RequestMemoryRead(bool flag);

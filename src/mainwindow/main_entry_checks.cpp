@@ -44,7 +44,7 @@ void MainEntry::buildChecks()
     mnuCompare = new QAction("&Compare with File...", this);
     mnuCompare->setObjectName("mnuCompare");
     mnuCompare->setToolTip("Lists what differs between the configuration on screen and a backup file");
-    connect(mnuCompare, &QAction::triggered, this, [this] { guarded([&] { mnuCompare_Click(); }); });
+    connect(mnuCompare, &QAction::triggered, this, [this] { guarded("mnuCompare_Click", [&] { mnuCompare_Click(); }); });
     QMenu* file = menuBar()->findChild<QMenu*>("mnuFile");
     const QList<QAction*> actions = file->actions();
     const qsizetype afterSave = actions.indexOf(mnuSave) + 1;

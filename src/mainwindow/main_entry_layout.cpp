@@ -3,6 +3,7 @@
 #include "widgets/click_label.h"
 #include "mainwindow/main_entry.h"
 #include "platform/qt_guard.h"
+#include "widgets/text.h"
 
 #include <QAction>
 #include <QApplication>
@@ -46,8 +47,6 @@ constexpr ParamRow kParamRows[] = {
     {ParamLabel::Axistb, "Q-Vane axis", "The Q-Vane axis this motor answers as"},
 };
 
-QString qText(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<int>(s.size())); }
-
 // A button as narrow as its caption allows, for rows of short captions.
 void compact(QPushButton* b)
 {
@@ -69,50 +68,70 @@ void MainEntry::buildControls()
 {
     auto* central = new QWidget(this);
     auto* top = new QHBoxLayout(central);
-
-    for (int m = 0; m < 2; ++m) {
-        const auto idx = static_cast<std::size_t>(m);
-        auto* column = new QVBoxLayout;
-        auto* frame = new QGroupBox(QString("Motor %1 Configuration").arg(m + 1), central);
-        frame->setObjectName(QString("MotorConfigfr%1").arg(m));
-        auto* grid = new QGridLayout(frame);
-        int row = 0;
-        for (const ParamRow& r : kParamRows) {
-            auto* caption = new QLabel(r.caption, frame);
-            auto* value = new ClickLabel(frame);
-            value->setObjectName(QString("%1%2").arg(qText(labelName(r.label))).arg(m));
-            value->setToolTip(QString(r.tip) + " (click to change)");
-            const ParamLabel l = r.label;
-            connect(value, &ClickLabel::clicked, this, [this, l, m] { guarded([&] { ParamLabel_Click(l, m); }); });
-            paramLabels[l][idx] = value;
-            caption->setBuddy(value);
-            grid->addWidget(caption, row, 0);
-            grid->addWidget(value, row, 1);
-            ++row;
-        }
-        auto* reverse = new QCheckBox(qText(testmode::ReversecbCaption), frame);
-        reverse->setObjectName(QString("Reversecb%1").arg(m));
-        reverse->setToolTip(qText(testmode::ReversecbTip));
-        connect(reverse, &QCheckBox::clicked, this, [this, m] { guarded([&] { Reversecb_Click(m); }); });
-        Reversecb[idx] = reverse;
-        grid->addWidget(reverse, row, 0, 1, 2);
-        MotorConfigfr[idx] = frame;
-        column->addWidget(frame);
-
-        auto* values = new QGroupBox(QString("Motor %1 Current Values").arg(m + 1), central);
-        values->setObjectName(QString("MotorValuesfr%1").arg(m));
-        new QVBoxLayout(values);
-        buildLiveValues(m, values);
-        MotorValuesfr[idx] = values;
-        column->addWidget(values);
-        column->addStretch(1);
-        top->addLayout(column);
-    }
+    for (int m = 0; m < 2; ++m) top->addLayout(buildMotorColumn(m, central));
 
     auto* shared = new QVBoxLayout;
     top->addLayout(shared);
+    buildTargetFrames(shared, central);
+    shared->addWidget(buildModuleFrame(central));
+    shared->addWidget(buildTransferFrame(central));
+    shared->addWidget(buildTestFrame(central));
+    shared->addWidget(buildDebugFrame(central));
+    shared->addStretch(1);
 
-    // Connection: target kind and Q-Vane axis.
+    setCentralWidget(central);
+
+    CommsQualitylb = new QLabel(this);
+    CommsQualitylb->setObjectName("CommsQualitylb");
+    CommsQualitylb->setToolTip("Comms quality: messages received against the 100 per second expected");
+    statusBar()->addPermanentWidget(CommsQualitylb);
+}
+
+// A motor's column: its configuration (one clickable value per parameter, and Reverse)
+// above its current values.
+QVBoxLayout* MainEntry::buildMotorColumn(int m, QWidget* central)
+{
+    const auto idx = static_cast<std::size_t>(m);
+    auto* column = new QVBoxLayout;
+    auto* frame = new QGroupBox(QString("Motor %1 Configuration").arg(m + 1), central);
+    frame->setObjectName(QString("MotorConfigfr%1").arg(m));
+    auto* grid = new QGridLayout(frame);
+    int row = 0;
+    for (const ParamRow& r : kParamRows) {
+        auto* caption = new QLabel(r.caption, frame);
+        auto* value = new ClickLabel(frame);
+        value->setObjectName(QString("%1%2").arg(qs(labelName(r.label))).arg(m));
+        value->setToolTip(QString(r.tip) + " (click to change)");
+        const ParamLabel l = r.label;
+        connect(value, &ClickLabel::clicked, this, [this, l, m] { guarded("ParamLabel_Click", [&] { ParamLabel_Click(l, m); }); });
+        paramLabels[l][idx] = value;
+        caption->setBuddy(value);
+        grid->addWidget(caption, row, 0);
+        grid->addWidget(value, row, 1);
+        ++row;
+    }
+    auto* reverse = new QCheckBox(qs(testmode::ReversecbCaption), frame);
+    reverse->setObjectName(QString("Reversecb%1").arg(m));
+    reverse->setToolTip(qs(testmode::ReversecbTip));
+    connect(reverse, &QCheckBox::clicked, this, [this, m] { guarded("Reversecb_Click", [&] { Reversecb_Click(m); }); });
+    Reversecb[idx] = reverse;
+    grid->addWidget(reverse, row, 0, 1, 2);
+    MotorConfigfr[idx] = frame;
+    column->addWidget(frame);
+
+    auto* values = new QGroupBox(QString("Motor %1 Current Values").arg(m + 1), central);
+    values->setObjectName(QString("MotorValuesfr%1").arg(m));
+    new QVBoxLayout(values);
+    buildLiveValues(m, values);
+    MotorValuesfr[idx] = values;
+    column->addWidget(values);
+    column->addStretch(1);
+    return column;
+}
+
+// The target kind (direct or through a Q-Vane) and the Q-Vane's axis buttons.
+void MainEntry::buildTargetFrames(QVBoxLayout* shared, QWidget* central)
+{
     auto* targetBox = new QGroupBox("Target", central);
     auto* targetLayout = new QHBoxLayout(targetBox);
     const char* targetCaptions[2] = {"KDX", "QVane"};
@@ -122,7 +141,7 @@ void MainEntry::buildControls()
         auto* b = new QRadioButton(targetCaptions[i], targetBox);
         b->setObjectName(QString("TgtSelcb%1").arg(i));
         b->setToolTip(targetTips[i]);
-        connect(b, &QRadioButton::clicked, this, [this, i] { guarded([&] { TgtSelcb_Click(i); }); });
+        connect(b, &QRadioButton::clicked, this, [this, i] { guarded("TgtSelcb_Click", [&] { TgtSelcb_Click(i); }); });
         targetLayout->addWidget(b);
         TgtSelcb[static_cast<std::size_t>(i)] = b;
     }
@@ -138,14 +157,18 @@ void MainEntry::buildControls()
         b->setObjectName(QString("KDXAxisSelcb%1").arg(i));
         b->setToolTip(QString("Connects to the %1 KDX axis through the Q-Vane").arg(axisCaptions[i]));
         compact(b);
-        connect(b, &QPushButton::clicked, this, [this, i] { guarded([&] { KDXAxisSelcb_Click(i); }); });
+        connect(b, &QPushButton::clicked, this, [this, i] { guarded("KDXAxisSelcb_Click", [&] { KDXAxisSelcb_Click(i); }); });
         axisLayout->addWidget(b);
         KDXAxisSelcb[static_cast<std::size_t>(i)] = b;
     }
     QVaneConnectFr->setVisible(false);
     shared->addWidget(QVaneConnectFr);
 
-    // The module: firmware, supply, switch and command inputs.
+}
+
+// The module: firmware, supply, switch and command inputs.
+QGroupBox* MainEntry::buildModuleFrame(QWidget* central)
+{
     auto* moduleBox = new QGroupBox("Module", central);
     auto* moduleGrid = new QGridLayout(moduleBox);
     Versiontb = new QLabel(moduleBox);
@@ -157,7 +180,7 @@ void MainEntry::buildControls()
     Voltagetb->setObjectName("Voltagetb");
     Voltagetb->setToolTip("Current supply voltage for the KDX motor driver");
     Voltagetb->setCursor(Qt::ArrowCursor);
-    connect(Voltagetb, &ClickLabel::clicked, this, [this] { guarded([&] { Voltagetb_Click(); }); });
+    connect(Voltagetb, &ClickLabel::clicked, this, [this] { guarded("Voltagetb_Click", [&] { Voltagetb_Click(); }); });
     moduleGrid->addWidget(new QLabel("Supply (V)", moduleBox), 1, 0);
     moduleGrid->addWidget(Voltagetb, 1, 1);
     auto* inputs = new QHBoxLayout;
@@ -180,9 +203,13 @@ void MainEntry::buildControls()
     switchLayout->addWidget(Switchtb);
     ButtonFr->setVisible(false);
     moduleGrid->addWidget(ButtonFr, 3, 0, 1, 2);
-    shared->addWidget(moduleBox);
 
-    // Transfer buttons and status.
+    return moduleBox;
+}
+
+// Read, Write, Load and Save, and the transfer's status.
+QGroupBox* MainEntry::buildTransferFrame(QWidget* central)
+{
     auto* transferBox = new QGroupBox("Configuration", central);
     auto* transfer = new QGridLayout(transferBox);
     ReadConfigcb = makeButton("&Read", "ReadConfigcb", transferBox);
@@ -193,10 +220,10 @@ void MainEntry::buildControls()
     LoadConfigcb->setToolTip("Load the configuration from a backup file");
     SaveConfigcb = makeButton("Save", "SaveConfigcb", transferBox);
     SaveConfigcb->setToolTip("Save the configuration to a backup file");
-    connect(ReadConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { ReadConfigcb_Click(); }); });
-    connect(WriteConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { WriteConfigcb_Click(); }); });
-    connect(LoadConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { LoadConfigcb_Click(); }); });
-    connect(SaveConfigcb, &QPushButton::clicked, this, [this] { guarded([&] { SaveConfigcb_Click(); }); });
+    connect(ReadConfigcb, &QPushButton::clicked, this, [this] { guarded("ReadConfigcb_Click", [&] { ReadConfigcb_Click(); }); });
+    connect(WriteConfigcb, &QPushButton::clicked, this, [this] { guarded("WriteConfigcb_Click", [&] { WriteConfigcb_Click(); }); });
+    connect(LoadConfigcb, &QPushButton::clicked, this, [this] { guarded("LoadConfigcb_Click", [&] { LoadConfigcb_Click(); }); });
+    connect(SaveConfigcb, &QPushButton::clicked, this, [this] { guarded("SaveConfigcb_Click", [&] { SaveConfigcb_Click(); }); });
     transfer->addWidget(ReadConfigcb, 0, 0);
     transfer->addWidget(WriteConfigcb, 0, 1);
     transfer->addWidget(LoadConfigcb, 1, 0);
@@ -219,28 +246,22 @@ void MainEntry::buildControls()
     status->addWidget(MemReqtb);
     status->addWidget(UnrequestedReplylb, 1);
     transfer->addLayout(status, 2, 0, 1, 2);
-    shared->addWidget(transferBox);
 
-    shared->addWidget(buildTestFrame(central));
+    return transferBox;
+}
 
+QGroupBox* MainEntry::buildDebugFrame(QWidget* central)
+{
     DebugIDFr = new QGroupBox("Debug", central);
     DebugIDFr->setObjectName("DebugIDFr");
     auto* debugLayout = new QHBoxLayout(DebugIDFr);
     DebIDtb = new ClickLabel(DebugIDFr);
     DebIDtb->setObjectName("DebIDtb");
     DebIDtb->setToolTip("The module's debug identifier (click to change)");
-    connect(DebIDtb, &ClickLabel::clicked, this, [this] { guarded([&] { ParamLabel_Click(ParamLabel::DebIDtb, 0); }); });
+    connect(DebIDtb, &ClickLabel::clicked, this, [this] { guarded("ParamLabel_Click", [&] { ParamLabel_Click(ParamLabel::DebIDtb, 0); }); });
     debugLayout->addWidget(new QLabel("Debug ID", DebugIDFr));
     debugLayout->addWidget(DebIDtb);
-    shared->addWidget(DebugIDFr);
-    shared->addStretch(1);
-
-    setCentralWidget(central);
-
-    CommsQualitylb = new QLabel(this);
-    CommsQualitylb->setObjectName("CommsQualitylb");
-    CommsQualitylb->setToolTip("Comms quality: messages received against the 100 per second expected");
-    statusBar()->addPermanentWidget(CommsQualitylb);
+    return DebugIDFr;
 }
 
 // The shared test-mode values and the bootloader restart. The per-motor test buttons
@@ -252,19 +273,19 @@ QGroupBox* MainEntry::buildTestFrame(QWidget* parent)
     auto* layout = new QGridLayout(frame);
     TestPtb = new ClickLabel(frame);
     TestPtb->setObjectName("TestPtb");
-    TestPtb->setToolTip(qText(testmode::TestPtbTip));
-    connect(TestPtb, &ClickLabel::clicked, this, [this] { guarded([&] { TestPtb_Click(); }); });
+    TestPtb->setToolTip(qs(testmode::TestPtbTip));
+    connect(TestPtb, &ClickLabel::clicked, this, [this] { guarded("TestPtb_Click", [&] { TestPtb_Click(); }); });
     TestRatetb = new ClickLabel(frame);
     TestRatetb->setObjectName("TestRatetb");
-    TestRatetb->setToolTip(qText(testmode::TestRatetbTip));
-    connect(TestRatetb, &ClickLabel::clicked, this, [this] { guarded([&] { TestRatetb_Click(); }); });
+    TestRatetb->setToolTip(qs(testmode::TestRatetbTip));
+    connect(TestRatetb, &ClickLabel::clicked, this, [this] { guarded("TestRatetb_Click", [&] { TestRatetb_Click(); }); });
     layout->addWidget(new QLabel("Power", frame), 0, 0);
     layout->addWidget(TestPtb, 0, 1);
     layout->addWidget(new QLabel("Rate", frame), 1, 0);
     layout->addWidget(TestRatetb, 1, 1);
     RestartIntoBLcb = makeButton("Restart Into Bootloader", "RestartIntoBLcb", frame);
     RestartIntoBLcb->setToolTip("Restarts the module into its bootloader, for a firmware update");
-    connect(RestartIntoBLcb, &QPushButton::clicked, this, [this] { guarded([&] { RestartIntoBLcb_Click(); }); });
+    connect(RestartIntoBLcb, &QPushButton::clicked, this, [this] { guarded("RestartIntoBLcb_Click", [&] { RestartIntoBLcb_Click(); }); });
     layout->addWidget(RestartIntoBLcb, 2, 0, 1, 2);
     return frame;
 }
@@ -273,16 +294,16 @@ void MainEntry::buildMenus()
 {
     QMenu* file = menuBar()->addMenu("&File");
     file->setObjectName("mnuFile");
-    mnuLoad = file->addAction("&Load...", this, [this] { guarded([&] { mnuLoad_Click(); }); });
+    mnuLoad = file->addAction("&Load...", this, [this] { guarded("mnuLoad_Click", [&] { mnuLoad_Click(); }); });
     mnuLoad->setObjectName("mnuLoad");
     mnuLoad->setShortcut(QKeySequence::Open);
-    mnuSave = file->addAction("&Save...", this, [this] { guarded([&] { mnuSave_Click(); }); });
+    mnuSave = file->addAction("&Save...", this, [this] { guarded("mnuSave_Click", [&] { mnuSave_Click(); }); });
     mnuSave->setObjectName("mnuSave");
     mnuSave->setShortcut(QKeySequence::Save);
     file->addSeparator();
-    QAction* read = file->addAction("&Read from module", this, [this] { guarded([&] { ReadConfigcb_Click(); }); });
+    QAction* read = file->addAction("&Read from module", this, [this] { guarded("ReadConfigcb_Click", [&] { ReadConfigcb_Click(); }); });
     read->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
-    QAction* write = file->addAction("&Write to module", this, [this] { guarded([&] { WriteConfigcb_Click(); }); });
+    QAction* write = file->addAction("&Write to module", this, [this] { guarded("WriteConfigcb_Click", [&] { WriteConfigcb_Click(); }); });
     write->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
     file->addSeparator();
     mnuExit = file->addAction("E&xit", this, [this] { close(); });
@@ -315,7 +336,7 @@ void MainEntry::buildMenus()
 
     QMenu* help = menuBar()->addMenu("&Help");
     help->setObjectName("mnuHelp");
-    mnuAbout = help->addAction("&About", this, [this] { guarded([&] { mnuAbout_Click(); }); });
+    mnuAbout = help->addAction("&About", this, [this] { guarded("mnuAbout_Click", [&] { mnuAbout_Click(); }); });
     mnuAbout->setObjectName("mnuAbout");
 }
 

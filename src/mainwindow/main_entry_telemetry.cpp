@@ -9,6 +9,7 @@
 #include "telemetry/telemetry_log.h"
 #include "tuning/tuning_display.h"
 #include "widgets/face_colour.h"
+#include "widgets/text.h"
 
 #include <QFontMetrics>
 #include <QGroupBox>
@@ -54,7 +55,7 @@ void MainEntry::PutCyclicMsg(const MsgView& msg)
     ShowQVaneAxis(3);
     const CyclicTelemetry decoded = decodeCyclicMsg(msg);
     applyDecoded(live, decoded);
-    showMotorOnePanels((live.MotorConfigBits & 8) == 0);
+    showMotorOnePanels((live.MotorConfigBits & SingleMotorBit) == 0);
     peers_.debug.PutDebugData(live.debug);
     ShowVersion(live.VersionMajor, live.VersionMinor);
     peers_.tuning.PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
@@ -120,7 +121,7 @@ void MainEntry::ShowLiveValues()
     }
     setCaption(Voltagetb, captions_.Voltagetb);
     setCaption(Switchtb, captions_.Switchtb);
-    if ((live.SwitchBits & 1) && !ButtonFr->isVisibleTo(this)) ButtonFr->setVisible(true);
+    if ((live.SwitchBits & ButtonSwitchBit) && !ButtonFr->isVisibleTo(this)) ButtonFr->setVisible(true);
     if (shownSelectedValid_.changed(live.SelectedInputValid))
         peers_.tuning.SetInputValid(live.SelectedInputValid);
     for (std::size_t i = 0; i < 3; ++i)
@@ -191,22 +192,21 @@ void MainEntry::buildLiveValues(int m, QGroupBox* frame)
         ++row;
     }
     // Test mode for this motor: direction test, off, and the tuning drive.
-    const auto text = [](std::string_view s) { return QString::fromUtf8(s.data(), static_cast<int>(s.size())); };
     const auto idx = static_cast<std::size_t>(m);
     auto* test = new QHBoxLayout;
-    Testcb[idx] = new QPushButton(text(testmode::TestcbCaption), frame);
+    Testcb[idx] = new QPushButton(qs(testmode::TestcbCaption), frame);
     Testcb[idx]->setObjectName(QString("Testcb%1").arg(m));
-    Testcb[idx]->setToolTip(text(testmode::TestcbTip));
-    connect(Testcb[idx], &QPushButton::clicked, this, [this, m] { guarded([&] { Testcb_Click(m); }); });
+    Testcb[idx]->setToolTip(qs(testmode::TestcbTip));
+    connect(Testcb[idx], &QPushButton::clicked, this, [this, m] { guarded("Testcb_Click", [&] { Testcb_Click(m); }); });
     TestOffcb[idx] = new QPushButton(frame); // no caption: the colour tells
     TestOffcb[idx]->setObjectName(QString("TestOffcb%1").arg(m));
-    TestOffcb[idx]->setToolTip(text(testmode::TestOffcbTip));
+    TestOffcb[idx]->setToolTip(qs(testmode::TestOffcbTip));
     TestOffcb[idx]->setFixedWidth(TestOffcb[idx]->sizeHint().height());
-    connect(TestOffcb[idx], &QPushButton::clicked, this, [this, m] { guarded([&] { TestOffcb_Click(m); }); });
-    TestDrivecb[idx] = new QPushButton(text(testmode::TestDrivecbCaption), frame);
+    connect(TestOffcb[idx], &QPushButton::clicked, this, [this, m] { guarded("TestOffcb_Click", [&] { TestOffcb_Click(m); }); });
+    TestDrivecb[idx] = new QPushButton(qs(testmode::TestDrivecbCaption), frame);
     TestDrivecb[idx]->setObjectName(QString("TestDrivecb%1").arg(m));
-    TestDrivecb[idx]->setToolTip(text(testmode::TestDrivecbTip));
-    connect(TestDrivecb[idx], &QPushButton::clicked, this, [this, m] { guarded([&] { TestDrivecb_Click(m); }); });
+    TestDrivecb[idx]->setToolTip(qs(testmode::TestDrivecbTip));
+    connect(TestDrivecb[idx], &QPushButton::clicked, this, [this, m] { guarded("TestDrivecb_Click", [&] { TestDrivecb_Click(m); }); });
     for (QPushButton* b : {Testcb[idx], TestDrivecb[idx]})
         b->setMinimumWidth(b->fontMetrics().horizontalAdvance(b->text()) + 2 * b->fontMetrics().averageCharWidth());
     test->addWidget(Testcb[idx]);

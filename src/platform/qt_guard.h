@@ -4,32 +4,35 @@
 // before the fault stays changed, and the program keeps running.
 #include "core/host_error.h"
 
-#include <cstdio>
-#include <cstdlib>
+#include <QLoggingCategory>
+
 #include <exception>
-#include <new>
 #include <utility>
+
+// Abandoned handlers. Host errors are debug messages, off unless enabled
+// (QT_LOGGING_RULES="kdx.handler.debug=true"): noise on the wire is not news.
+// Any other fault is a defect or a resource running out, and is a warning.
+Q_DECLARE_LOGGING_CATEGORY(lcKdxHandler)
 
 namespace kdx {
 
-// Abandoned handlers are silent (noise on the wire is not news) unless KDX_DEBUG is set.
-inline void reportAbandoned(const char* what)
-{
-    static const bool verbose = std::getenv("KDX_DEBUG") != nullptr;
-    if (verbose) std::fprintf(stderr, "kdxtool: handler abandoned: %s\n", what);
-}
+// Reports a handler abandoned by a fault that is not the host's own, naming the handler.
+void reportHandlerFault(const char* handler, const char* what) noexcept;
+// Notes (at debug level) a handler abandoned by a host error.
+void noteHostError(const char* handler, const char* what) noexcept;
 
+// Runs `body`, the body of the handler named `handler` (as in "CommsTimeout_Timer").
 template <typename F>
-void guarded(F&& handler) noexcept
+void guarded(const char* handler, F&& body) noexcept
 {
     try {
-        std::forward<F>(handler)();
+        std::forward<F>(body)();
     } catch (const HostError& e) {
-        reportAbandoned(e.what());
-    } catch (const std::bad_alloc&) {
-        reportAbandoned("out of memory");
+        noteHostError(handler, e.what());
     } catch (const std::exception& e) {
-        reportAbandoned(e.what());
+        reportHandlerFault(handler, e.what());
+    } catch (...) {
+        reportHandlerFault(handler, "an exception of unknown type");
     }
 }
 

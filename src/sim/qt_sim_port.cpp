@@ -2,8 +2,8 @@
 
 namespace kdx {
 
-QtSimPort::QtSimPort(SerialPort* real, uint64_t seed, QObject* parent)
-    : QObject(parent), real_(real), seed_(seed)
+QtSimPort::QtSimPort(SerialPort* real, uint64_t seed, Clock& clock, QObject* parent)
+    : QObject(parent), real_(real), seed_(seed), clock_(clock)
 {
     timer_.setInterval(10); // the module's telemetry comes at 100 Hz
     timer_.setTimerType(Qt::PreciseTimer);
@@ -53,7 +53,7 @@ bool QtSimPort::open(const std::string& name, std::string& error)
         options.seed = seed_;
         sim_ = std::make_unique<sim::Simulator>(options);
         simulated_ = 0;
-        clock_.start();
+        openedNs_ = clock_.nowNs();
         timer_.start();
         return true;
     }
@@ -96,7 +96,7 @@ void QtSimPort::tick()
 {
     if (!sim_) return;
     // Advance against the wall clock, not per tick, so a late timer never drifts the rate.
-    const double now = static_cast<double>(clock_.nsecsElapsed()) / 1e9;
+    const double now = static_cast<double>(clock_.nowNs() - openedNs_) * 1e-9;
     const double step = now - simulated_;
     if (step <= 0) return;
     simulated_ = now;

@@ -2,10 +2,10 @@
 // The serial-port seam with the simulated module behind it, so the program runs its
 // whole job with no hardware. Wraps the machine's real ports too: the Comms Link window
 // lists "Simulated KDX" and "Simulated Q-Vane" beside them and selects them like ports.
+#include "platform/clock.h"
 #include "platform/serial_port.h"
 #include "sim/simulator.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -21,8 +21,9 @@ public:
     static constexpr const char* KdxName = "Simulated KDX";
     static constexpr const char* QVaneName = "Simulated Q-Vane";
 
-    // `real` (may be null) serves every name that is not a simulated one.
-    explicit QtSimPort(SerialPort* real, uint64_t seed = 1, QObject* parent = nullptr);
+    // `real` (may be null) serves every name that is not a simulated one. The module
+    // keeps pace with `clock`, which must outlive the port.
+    explicit QtSimPort(SerialPort* real, uint64_t seed = 1, Clock& clock = systemClock(), QObject* parent = nullptr);
     ~QtSimPort() override;
 
     std::vector<std::string> availablePorts() override;
@@ -43,7 +44,8 @@ private:
     uint64_t seed_;
     std::unique_ptr<sim::Simulator> sim_;
     QTimer timer_;
-    QElapsedTimer clock_;
+    Clock& clock_;
+    int64_t openedNs_ = 0; // the clock when the module was switched on
     double simulated_ = 0; // seconds already advanced
     std::vector<uint8_t> out_;
 };

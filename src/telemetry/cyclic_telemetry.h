@@ -25,16 +25,21 @@ struct MotorTelemetry {
     bool operator==(const MotorTelemetry&) const = default;
 };
 
+// Bit 3 of MotorConfigBits: the module drives one motor, and motor 1's panels go.
+inline constexpr int16_t SingleMotorBit = 8;
+// Bit 0 of SwitchBits: the module has a button; its frame is shown from then on.
+inline constexpr int16_t ButtonSwitchBit = 1;
+
 // The main window's live values after one cyclic message.
 struct CyclicTelemetry {
     bool TargetIsQVane = false;     // the message was relayed (122); direct (121) clears it
     int32_t QVaneAxis = 3;          // axis the Q-Vane reported (0 Tilt, 1 Roll, 2 Pan); 3 after a direct message
     std::array<MotorTelemetry, 2> motor{};
     float Voltage = 0;              // supply volts
-    int16_t SwitchBits = 0;         // 0..15
+    int16_t SwitchBits = 0;         // 0..15; bit 0 (ButtonSwitchBit): the module's button
     bool SelectedInputValid = false;
     std::array<bool, 3> InputValid{}; // PPM, Spektrum, SBUS; relayed messages only
-    int16_t MotorConfigBits = 0;    // direct messages only; bit 3 hides motor 1
+    int16_t MotorConfigBits = 0;    // direct messages only; bit 3 (SingleMotorBit) hides motor 1
     std::array<uint8_t, 7> debug{}; // direct messages only: the debug display's bytes
     int16_t VersionMajor = 0;       // direct messages only
     int16_t VersionMinor = 0;

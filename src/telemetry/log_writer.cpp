@@ -3,7 +3,6 @@
 #include "core/host_numeric.h"
 
 #include <cerrno>
-#include <chrono>
 #include <filesystem>
 #include <system_error>
 
@@ -12,11 +11,6 @@ namespace kdx {
 namespace fs = std::filesystem;
 
 namespace {
-
-double steadySeconds()
-{
-    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
 
 fs::path fromUtf8(const std::string& s) { return fs::path(std::u8string(s.begin(), s.end())); }
 
@@ -33,7 +27,7 @@ std::string reason(int err) { return std::generic_category().message(err); }
 
 } // namespace
 
-LogWriter::LogWriter(Clock clock) : clock_(clock ? std::move(clock) : Clock(steadySeconds)) {}
+LogWriter::LogWriter(Clock& clock) : clock_(clock) {}
 
 LogWriter::~LogWriter()
 {
@@ -71,7 +65,7 @@ std::optional<std::string> LogWriter::Start(const std::string& path, std::string
 
     pending_.append(header);
     lineEnds_.push_back(pending_.size());
-    pendingSince_ = clock_();
+    pendingSince_ = clock_.nowSeconds();
     if (!flush()) {
         // The header could not be written: the log does not start.
         writeError_.clear();
@@ -104,7 +98,7 @@ bool LogWriter::Stop()
 LogWriter::PutResult LogWriter::PutStringToLog(std::string_view line)
 {
     if (!file_ || paused_) return PutResult::NotWritten;
-    const double now = clock_();
+    const double now = clock_.nowSeconds();
     if (pending_.empty()) pendingSince_ = now;
     pending_.append(line);
     lineEnds_.push_back(pending_.size());
@@ -118,7 +112,7 @@ LogWriter::PutResult LogWriter::PutStringToLog(std::string_view line)
 
 bool LogWriter::flushIfDue()
 {
-    if (!file_ || pending_.empty() || clock_() - pendingSince_ < FlushInterval) return true;
+    if (!file_ || pending_.empty() || clock_.nowSeconds() - pendingSince_ < FlushInterval) return true;
     return flush();
 }
 

@@ -7,6 +7,8 @@
 // stalled telemetry stream still reaches the disk), on Pause and on Stop. A failed write
 // (a full disk) stops logging, cuts the file back to the last whole line and is reported
 // once; every line written before stays in the file.
+#include "platform/clock.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -19,9 +21,6 @@ namespace kdx {
 
 class LogWriter {
 public:
-    // Seconds on a monotonic clock.
-    using Clock = std::function<double()>;
-
     static constexpr double FlushInterval = 0.5;      // seconds
     static constexpr std::size_t FlushBytes = 65536; // write out sooner when this much waits
 
@@ -38,8 +37,8 @@ public:
         WriteFailed,  // writing failed: logging has stopped (see writeError())
     };
 
-    // No clock given: the steady clock.
-    explicit LogWriter(Clock clock = {});
+    // `clock` times the flushes; it must outlive the writer.
+    explicit LogWriter(Clock& clock = systemClock());
     ~LogWriter(); // an open log is written out and closed
     LogWriter(const LogWriter&) = delete;
     LogWriter& operator=(const LogWriter&) = delete;
@@ -81,7 +80,7 @@ private:
     bool flush();
     void fail(const std::string& reason);
 
-    Clock clock_;
+    Clock& clock_;
     std::FILE* file_ = nullptr;
     std::string path_;
     bool regularFile_ = false;

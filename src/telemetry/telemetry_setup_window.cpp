@@ -3,6 +3,7 @@
 #include "core/colour.h"
 #include "platform/dialogs.h"
 #include "platform/qt_guard.h"
+#include "platform/qt_local_path.h"
 #include "platform/qt_window_close.h"
 #include "telemetry/log_file_name.h"
 #include "telemetry/log_line.h"
@@ -10,7 +11,6 @@
 
 #include <QAction>
 #include <QCloseEvent>
-#include <QDir>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -24,29 +24,6 @@ namespace kdx {
 
 namespace {
 
-// The default folders are written as the system writes them; off Windows they become
-// the temp folder and ~/Logs. Only a leading default folder is mapped.
-std::string localPath(std::string_view path)
-{
-#ifdef Q_OS_WIN
-    return std::string(path);
-#else
-    struct Folder {
-        std::string_view system;
-        QString local;
-    };
-    const Folder folders[] = {{"C:\\Temp", QDir::tempPath()}, {"D:\\Logs", QDir::homePath() + "/Logs"}};
-    for (const Folder& f : folders) {
-        if (path.substr(0, f.system.size()) != f.system) continue;
-        std::string rest(path.substr(f.system.size()));
-        for (char& c : rest)
-            if (c == '\\') c = '/';
-        return QDir::cleanPath(f.local).toStdString() + rest;
-    }
-    return std::string(path);
-#endif
-}
-
 QPushButton* button(const char* name, const char* caption, QWidget* parent)
 {
     auto* b = new QPushButton(caption, parent);
@@ -56,10 +33,8 @@ QPushButton* button(const char* name, const char* caption, QWidget* parent)
 
 } // namespace
 
-TelemetrySetup::TelemetrySetup(Dialogs& dialogs, QWidget* parent) : TelemetrySetup(dialogs, {}, parent) {}
-
-TelemetrySetup::TelemetrySetup(Dialogs& dialogs, LogWriter::Clock clock, QWidget* parent)
-    : QMainWindow(parent, Qt::Window), dialogs_(dialogs), log_(std::move(clock)),
+TelemetrySetup::TelemetrySetup(Dialogs& dialogs, Clock& clock, QWidget* parent)
+    : QMainWindow(parent, Qt::Window), dialogs_(dialogs), log_(clock),
       header_([] { return telemetryFileTitles(false); })
 {
     setObjectName("TelemetrySetup");
@@ -119,13 +94,13 @@ void TelemetrySetup::build()
     FlushTimer->setObjectName("FlushTimer");
     FlushTimer->setInterval(FlushTimerInterval);
 
-    connect(StartLog, &QPushButton::clicked, this, [this] { guarded([&] { StartLog_Click(); }); });
-    connect(PauseLog, &QPushButton::clicked, this, [this] { guarded([&] { PauseLog_Click(); }); });
-    connect(StopLog, &QPushButton::clicked, this, [this] { guarded([&] { StopLog_Click(); }); });
-    connect(NextLogFile, &QPushButton::clicked, this, [this] { guarded([&] { NextLogFile_Click(); }); });
-    connect(ChangeLogFile, &QPushButton::clicked, this, [this] { guarded([&] { ChangeLogFile_Click(); }); });
-    connect(mnuClose, &QAction::triggered, this, [this] { guarded([&] { mnuClose_Click(); }); });
-    connect(FlushTimer, &QTimer::timeout, this, [this] { guarded([&] { FlushTimer_Timer(); }); });
+    connect(StartLog, &QPushButton::clicked, this, [this] { guarded("StartLog_Click", [&] { StartLog_Click(); }); });
+    connect(PauseLog, &QPushButton::clicked, this, [this] { guarded("PauseLog_Click", [&] { PauseLog_Click(); }); });
+    connect(StopLog, &QPushButton::clicked, this, [this] { guarded("StopLog_Click", [&] { StopLog_Click(); }); });
+    connect(NextLogFile, &QPushButton::clicked, this, [this] { guarded("NextLogFile_Click", [&] { NextLogFile_Click(); }); });
+    connect(ChangeLogFile, &QPushButton::clicked, this, [this] { guarded("ChangeLogFile_Click", [&] { ChangeLogFile_Click(); }); });
+    connect(mnuClose, &QAction::triggered, this, [this] { guarded("mnuClose_Click", [&] { mnuClose_Click(); }); });
+    connect(FlushTimer, &QTimer::timeout, this, [this] { guarded("FlushTimer_Timer", [&] { FlushTimer_Timer(); }); });
 }
 
 void TelemetrySetup::Form_Load()

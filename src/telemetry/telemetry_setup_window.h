@@ -29,9 +29,8 @@ public:
     // limit a line is on the disk within a second even when telemetry stops coming.
     static constexpr int FlushTimerInterval = 250; // ms
 
-    explicit TelemetrySetup(Dialogs& dialogs, QWidget* parent = nullptr);
-    // `clock`: seconds on a monotonic clock for the writer's flush timing (tests).
-    TelemetrySetup(Dialogs& dialogs, LogWriter::Clock clock, QWidget* parent = nullptr);
+    // `clock` times the writer's flushes; it must outlive the window.
+    explicit TelemetrySetup(Dialogs& dialogs, Clock& clock = systemClock(), QWidget* parent = nullptr);
     ~TelemetrySetup() override;
 
     // Window load: LastNameChar "0", then Next, so the name shown is Run1.csv in the

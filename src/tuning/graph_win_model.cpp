@@ -9,8 +9,8 @@
 namespace kdx {
 
 GraphWinModel::GraphWinModel(GraphCanvas& canvas, GainStore& store, Dialogs& dialogs,
-                             const KeyState& keys)
-    : dialogs_(dialogs), renderer_(traces_, canvas), capture_(traces_, renderer_),
+                             const KeyState& keys, const AtomicSaver& saver)
+    : dialogs_(dialogs), saver_(saver), renderer_(traces_, canvas), capture_(traces_, renderer_),
       gains_(store, dialogs, keys), review_(renderer_)
 {
     capture_.Form_Load();
@@ -65,7 +65,7 @@ bool GraphWinModel::SaveTraceFile(const std::string& path)
     const std::string text = traceFileText();
     std::string error;
     const auto* data = reinterpret_cast<const uint8_t*>(text.data());
-    if (saveFileAtomically(path, std::span<const uint8_t>(data, text.size()), error)) return true;
+    if (saver_.save(path, std::span<const uint8_t>(data, text.size()), error)) return true;
     dialogs_.MsgBox(std::string(tuning_text::WriteErrorText) + error, box::OkOnly,
                     std::string(tuning_text::WriteErrorTitle));
     return false;

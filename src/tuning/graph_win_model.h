@@ -3,6 +3,7 @@
 // window owns: the trace buffer, the graph renderer drawing on the window's canvas, the
 // capture and trigger state, the gain panel, and the tuning files. The window forwards
 // its events here and then paints the faces (capture().faces(), gains().faces()).
+#include "core/atomic_file.h"
 #include "platform/dialogs.h"
 #include "platform/key_state.h"
 #include "tuning/gain_panel.h"
@@ -22,9 +23,11 @@ namespace kdx {
 
 class GraphWinModel {
 public:
-    // All four are referenced and must outlive the model. Sets up the opening state
-    // (Form_Load): "Disp Clear" on, Repeat armed, default scale, 10 s sweeps.
-    GraphWinModel(GraphCanvas& canvas, GainStore& store, Dialogs& dialogs, const KeyState& keys);
+    // All are referenced and must outlive the model; `saver` writes the trace files.
+    // Sets up the opening state (Form_Load): "Disp Clear" on, Repeat armed, default
+    // scale, 10 s sweeps.
+    GraphWinModel(GraphCanvas& canvas, GainStore& store, Dialogs& dialogs, const KeyState& keys,
+                  const AtomicSaver& saver = PlainSaver);
     GraphWinModel(const GraphWinModel&) = delete;
     GraphWinModel& operator=(const GraphWinModel&) = delete;
 
@@ -69,6 +72,7 @@ public:
 
 private:
     Dialogs& dialogs_;
+    const AtomicSaver& saver_;
     TraceBuffer traces_;
     GraphRenderer renderer_;
     TraceCapture capture_;

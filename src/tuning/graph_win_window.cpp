@@ -14,6 +14,7 @@
 #include "tuning/sweep_panel_window.h"
 #include "tuning/tuning_texts.h"
 #include "widgets/face_colour.h"
+#include "widgets/text.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -41,8 +42,6 @@ namespace {
 constexpr int kGainMsgIntervalMs = 40;
 constexpr int kLabelColumnWidth = 44;
 constexpr int kIndicatorSize = 14;
-
-QString qs(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<int>(s.size())); }
 
 QColor qcolour(uint32_t bgr)
 {
@@ -87,7 +86,9 @@ constexpr std::array<std::string_view, 2> kDecCaptions = {"-", "--"};
 template <typename Sender, typename Signal, typename Handler>
 void GraphWin::on(Sender* sender, Signal signal, Handler handler)
 {
-    connect(sender, signal, this, [handler] { guarded(handler); });
+    // A fault is reported under the name of the control or timer that raised the event.
+    connect(sender, signal, this,
+            [name = sender->objectName().toUtf8(), handler] { guarded(name.constData(), handler); });
 }
 
 template <typename Handler>
@@ -103,7 +104,7 @@ QPushButton* GraphWin::addButton(QWidget* parent, QBoxLayout* row, const QString
 }
 
 GraphWin::GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows, QuitRequester& quit,
-                   Dialogs& dialogs, const KeyState& keys, QWidget* parent)
+                   Dialogs& dialogs, const KeyState& keys, const AtomicSaver& saver, QWidget* parent)
     : QMainWindow(parent), config_(config), drive_(drive), windows_(windows), quit_(quit)
 {
     setObjectName("GraphWin");
@@ -115,7 +116,7 @@ GraphWin::GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows
     top->addWidget(Graphfr, 1);
 
     // The renderer draws from the first resize on; until then the picture has no area.
-    model_ = std::make_unique<GraphWinModel>(Graphpb->canvas(), config_, dialogs, keys);
+    model_ = std::make_unique<GraphWinModel>(Graphpb->canvas(), config_, dialogs, keys, saver);
 
     auto* bottom = new QHBoxLayout;
     buildControls(central);
@@ -149,7 +150,7 @@ GraphWin::GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows
     for (QWidget* w : findChildren<QWidget*>())
         if (w->focusPolicy() != Qt::NoFocus) w->installEventFilter(this);
 
-    Graphpb->setOnResized([this] { guarded([&] { model_->renderer().RedrawTraces(); }); });
+    Graphpb->setOnResized([this] { guarded("Graphpb_Resize", [&] { model_->renderer().RedrawTraces(); }); });
     showAll();
     resize(1000, 720);
     resize(width(), height() + SweepPanelfr->sizeHint().height() + top->spacing()); // the graph keeps its size
@@ -385,17 +386,17 @@ void GraphWin::buildMenus()
 {
     QMenu* file = menuBar()->addMenu("&File");
     file->setObjectName("mnuFile");
-    mnuSaveTrace = file->addAction("&Save...", this, [this] { guarded([&] { mnuSaveTrace_Click(); }); });
+    mnuSaveTrace = file->addAction("&Save...", this, [this] { guarded("mnuSaveTrace_Click", [&] { mnuSaveTrace_Click(); }); });
     mnuSaveTrace->setObjectName("mnuSaveTrace");
-    mnuLoad = file->addAction("&Load...", this, [this] { guarded([&] { mnuLoad_Click(); }); });
+    mnuLoad = file->addAction("&Load...", this, [this] { guarded("mnuLoad_Click", [&] { mnuLoad_Click(); }); });
     mnuLoad->setObjectName("mnuLoad");
     file->addSeparator();
-    mnuExit = file->addAction("E&xit", this, [this] { guarded([&] { mnuExit_Click(); }); });
+    mnuExit = file->addAction("E&xit", this, [this] { guarded("mnuExit_Click", [&] { mnuExit_Click(); }); });
     mnuExit->setObjectName("mnuExit");
 
     QMenu* window = menuBar()->addMenu("&Window");
     window->setObjectName("mnuWindow");
-    mnuClose = window->addAction("&Close", this, [this] { guarded([&] { mnuClose_Click(); }); });
+    mnuClose = window->addAction("&Close", this, [this] { guarded("mnuClose_Click", [&] { mnuClose_Click(); }); });
     mnuClose->setObjectName("mnuClose");
 }
 
@@ -584,7 +585,7 @@ void GraphWin::Form_KeyDown(int keyCode)
 void GraphWin::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Space) {
-        guarded([&] { Form_KeyDown(TraceCapture::kSpaceKey); });
+        guarded("Form_KeyDown", [&] { Form_KeyDown(TraceCapture::kSpaceKey); });
         return;
     }
     QMainWindow::keyPressEvent(event);
@@ -595,7 +596,7 @@ bool GraphWin::eventFilter(QObject* watched, QEvent* event)
     // Seen before the focused control, which would otherwise take the space (Shift+Space
     // too) as a click on itself.
     if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Space) {
-        guarded([&] { Form_KeyDown(TraceCapture::kSpaceKey); });
+        guarded("Form_KeyDown", [&] { Form_KeyDown(TraceCapture::kSpaceKey); });
         return true;
     }
     return QMainWindow::eventFilter(watched, event);
@@ -604,7 +605,7 @@ bool GraphWin::eventFilter(QObject* watched, QEvent* event)
 void GraphWin::closeEvent(QCloseEvent* event)
 {
     // The close box hides the window as Close does; the gain message and capture go on.
-    closeUnlessUnloading(event, unloading_, [this] { guarded([&] { mnuClose_Click(); }); });
+    closeUnlessUnloading(event, unloading_, [this] { guarded("mnuClose_Click", [&] { mnuClose_Click(); }); });
 }
 
 } // namespace kdx

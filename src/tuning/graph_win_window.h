@@ -3,6 +3,7 @@
 // axis error, the trigger and scale controls, and the gain panel that sends tuned gains
 // to the module every 40 ms. All logic lives in GraphWinModel; this class owns the
 // controls, forwards their events to the model and paints the faces the model gives.
+#include "core/atomic_file.h"
 #include "link/message_sink.h"
 #include "tuning/gain_set.h"
 #include "tuning/graph_canvas.h"
@@ -43,9 +44,10 @@ class GraphWin : public QMainWindow, public TuningDisplay, public LinkLossListen
     Q_OBJECT
 public:
     // `config` holds the stored gains the panel starts from and takes tuned ones back;
-    // `drive` carries the gain message. All must outlive the window.
+    // `drive` carries the gain message; `saver` writes the trace files. All must outlive
+    // the window.
     GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows, QuitRequester& quit, Dialogs& dialogs,
-             const KeyState& keys, QWidget* parent = nullptr);
+             const KeyState& keys, const AtomicSaver& saver = PlainSaver, QWidget* parent = nullptr);
     ~GraphWin() override;
 
     // ---- operations of the main window ----

@@ -57,19 +57,19 @@ SweepPanel::SweepPanel(SweepReview& review, Dialogs& dialogs, QWidget* parent)
     Pincb = new QPushButton(kPinCaption, this);
     Pincb->setObjectName("Pincb");
     Pincb->setToolTip("Keeps the latest sweep, drawn faintly behind the live traces, to compare new sweeps with");
-    connect(Pincb, &QPushButton::clicked, this, [this] { guarded([&] { Pincb_Click(); }); });
+    connect(Pincb, &QPushButton::clicked, this, [this] { guarded("Pincb_Click", [&] { Pincb_Click(); }); });
     grid->addWidget(Pincb, 1, kMetricCount + 1, 2, 1);
     grid->setColumnStretch(kMetricCount + 2, 1);
 
     mnuPin = new QAction(kPinCaption, this);
     mnuPin->setObjectName("mnuPin");
-    connect(mnuPin, &QAction::triggered, this, [this] { guarded([&] { Pincb_Click(); }); });
+    connect(mnuPin, &QAction::triggered, this, [this] { guarded("Pincb_Click", [&] { Pincb_Click(); }); });
     mnuExportCsv = new QAction("Export Sweep as &CSV...", this);
     mnuExportCsv->setObjectName("mnuExportCsv");
-    connect(mnuExportCsv, &QAction::triggered, this, [this] { guarded([&] { mnuExportCsv_Click(); }); });
+    connect(mnuExportCsv, &QAction::triggered, this, [this] { guarded("mnuExportCsv_Click", [&] { mnuExportCsv_Click(); }); });
     mnuExportPng = new QAction("Export Graph as &PNG...", this);
     mnuExportPng->setObjectName("mnuExportPng");
-    connect(mnuExportPng, &QAction::triggered, this, [this] { guarded([&] { mnuExportPng_Click(); }); });
+    connect(mnuExportPng, &QAction::triggered, this, [this] { guarded("mnuExportPng_Click", [&] { mnuExportPng_Click(); }); });
 
     review_.setOnChanged([this] { refresh(); });
     refresh();

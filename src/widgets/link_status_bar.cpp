@@ -7,8 +7,8 @@
 namespace kdx {
 
 LinkStatusBar::LinkStatusBar(QStatusBar* bar, std::function<StatusInputs()> inputs,
-                             std::function<uint64_t()> goodMessages)
-    : inputs_(std::move(inputs)), goodMessages_(std::move(goodMessages))
+                             std::function<uint64_t()> goodMessages, Clock& clock)
+    : inputs_(std::move(inputs)), goodMessages_(std::move(goodMessages)), clock_(clock)
 {
     static const char* const names[] = {"StatusPortlb", "StatusTargetlb", "StatusFirmwarelb", "StatusLinklb",
                                         "StatusRatelb"};
@@ -29,7 +29,7 @@ LinkStatusBar::LinkStatusBar(QStatusBar* bar, std::function<StatusInputs()> inpu
 void LinkStatusBar::refresh()
 {
     StatusInputs in = inputs_();
-    in.messagesPerSecond = rate_.update(goodMessages_(), MessageRate::Clock::now());
+    in.messagesPerSecond = rate_.update(goodMessages_(), clock_.nowNs());
     const StatusTexts t = statusTexts(in);
     const std::string* texts[] = {&t.port, &t.target, &t.firmware, &t.link, &t.rate};
     for (std::size_t i = 0; i < labels.size(); ++i) {

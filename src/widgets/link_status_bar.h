@@ -3,6 +3,7 @@
 // the message rate, as permanent widgets, so temporary messages (showMessage) show beside
 // them. Repainted from `inputs` twice a second at most, and only where a text changed.
 #include "link/status_line.h"
+#include "platform/clock.h"
 
 #include <QObject>
 
@@ -20,7 +21,9 @@ public:
     static constexpr int RefreshMs = 500;
 
     // `inputs` gives everything but the rate, which is measured here from `goodMessages`.
-    LinkStatusBar(QStatusBar* bar, std::function<StatusInputs()> inputs, std::function<uint64_t()> goodMessages);
+    // `clock` must outlive the bar.
+    LinkStatusBar(QStatusBar* bar, std::function<StatusInputs()> inputs, std::function<uint64_t()> goodMessages,
+                  Clock& clock);
 
     // The refresh timer's tick.
     void refresh();
@@ -32,6 +35,7 @@ private:
     std::function<StatusInputs()> inputs_;
     std::function<uint64_t()> goodMessages_;
     MessageRate rate_;
+    Clock& clock_;
 };
 
 } // namespace kdx

@@ -11,7 +11,7 @@ void PostedBox::post(std::function<void()> show)
     if (busy_) return;
     busy_ = true;
     QTimer::singleShot(0, owner_, [this, show = std::move(show)] {
-        guarded(show);
+        guarded("posted message box", show);
         busy_ = false;
     });
 }

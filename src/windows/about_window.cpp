@@ -104,13 +104,13 @@ FrmAbout::FrmAbout(BootloaderRestart& module, Dialogs& dialogs, QWidget* parent)
     RebootIntoBL->setObjectName("RebootIntoBL");
     RebootIntoBL->setAutoDefault(false);
     RebootIntoBL->setToolTip("Restarts the connected KDX module into its bootloader, for a firmware update");
-    connect(RebootIntoBL, &QPushButton::clicked, this, [this] { guarded([&] { RebootIntoBL_Click(); }); });
+    connect(RebootIntoBL, &QPushButton::clicked, this, [this] { guarded("RebootIntoBL_Click", [&] { RebootIntoBL_Click(); }); });
     buttons->addWidget(RebootIntoBL);
     buttons->addStretch();
     cmdOK = new QPushButton("OK", this);
     cmdOK->setObjectName("cmdOK");
     cmdOK->setDefault(true);
-    connect(cmdOK, &QPushButton::clicked, this, [this] { guarded([&] { cmdOK_Click(); }); });
+    connect(cmdOK, &QPushButton::clicked, this, [this] { guarded("cmdOK_Click", [&] { cmdOK_Click(); }); });
     buttons->addWidget(cmdOK);
     layout->addLayout(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize);

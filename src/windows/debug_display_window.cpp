@@ -4,6 +4,7 @@
 #include "platform/qt_window_close.h"
 #include "telemetry/changed_only.h"
 #include "telemetry/debug_bytes.h"
+#include "widgets/text.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -28,7 +29,7 @@ struct DebugDisplay::State {
     bool unloading = false;
 };
 
-DebugDisplay::DebugDisplay(QWidget* parent) : QWidget(parent, Qt::Window), state_(new State)
+DebugDisplay::DebugDisplay(QWidget* parent) : QWidget(parent, Qt::Window), state_(std::make_unique<State>())
 {
     setObjectName("DebugDisplay");
     setWindowTitle("Debug Display");
@@ -55,17 +56,17 @@ DebugDisplay::DebugDisplay(QWidget* parent) : QWidget(parent, Qt::Window), state
     state_->refresh->setObjectName("RefreshTmr");
     state_->refresh->setSingleShot(true);
     state_->refresh->setInterval(kRefreshMs);
-    connect(state_->refresh, &QTimer::timeout, this, [this] { guarded([&] { refreshLabels(); }); });
+    connect(state_->refresh, &QTimer::timeout, this, [this] { guarded("refreshLabels", [&] { refreshLabels(); }); });
 
     Form_Load();
 }
 
-DebugDisplay::~DebugDisplay() { delete state_; }
+DebugDisplay::~DebugDisplay() = default;
 
 void DebugDisplay::Form_Load()
 {
     for (std::size_t i = 0; i < kDebugByteCount; ++i)
-        DebugTitlelb[i]->setText(QString::fromUtf8(kDebugTitles[i].data(), static_cast<int>(kDebugTitles[i].size())));
+        DebugTitlelb[i]->setText(qs(kDebugTitles[i]));
 }
 
 // Called for every direct cyclic message (100 a second, far more during playback), so
@@ -107,7 +108,7 @@ void DebugDisplay::refreshLabels()
 void DebugDisplay::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    guarded([&] { refreshLabels(); });
+    guarded("refreshLabels", [&] { refreshLabels(); });
 }
 
 void DebugDisplay::closeEvent(QCloseEvent* event)

@@ -6,6 +6,7 @@
 #include <QWidget>
 
 #include <array>
+#include <memory>
 #include <cstdint>
 #include <string>
 
@@ -45,7 +46,7 @@ private:
     void refreshLabels();
 
     struct State;
-    State* state_ = nullptr;
+    std::unique_ptr<State> state_;
 };
 
 } // namespace kdx

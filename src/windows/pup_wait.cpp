@@ -37,13 +37,13 @@ PUPWait::PUPWait(LinkControl& link, ConnectionSelect& connection, QuitRequester&
     layout->addWidget(Label1);
     Quitcb = new QPushButton("Quit", this);
     Quitcb->setObjectName("Quitcb");
-    connect(Quitcb, &QPushButton::clicked, this, [this] { guarded([&] { Quitcb_Click(); }); });
+    connect(Quitcb, &QPushButton::clicked, this, [this] { guarded("Quitcb_Click", [&] { Quitcb_Click(); }); });
     layout->addWidget(Quitcb, 0, Qt::AlignHCenter);
 
     InputSwitchTimer = new QTimer(this);
     InputSwitchTimer->setObjectName("InputSwitchTimer");
     InputSwitchTimer->setInterval(500);
-    connect(InputSwitchTimer, &QTimer::timeout, this, [this] { guarded([&] { InputSwitchTimer_Timer(); }); });
+    connect(InputSwitchTimer, &QTimer::timeout, this, [this] { guarded("InputSwitchTimer_Timer", [&] { InputSwitchTimer_Timer(); }); });
 }
 
 void PUPWait::InputSwitchTimer_Timer()
@@ -90,14 +90,14 @@ bool PUPWait::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched == Image1 && event->type() == QEvent::MouseButtonRelease &&
         static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton)
-        guarded([&] { Image1_Click(); });
+        guarded("Image1_Click", [&] { Image1_Click(); });
     return QWidget::eventFilter(watched, event);
 }
 
 void PUPWait::closeEvent(QCloseEvent* event)
 {
     // Closing the wait window asks the program to quit; when it does, the window goes.
-    closeUnlessUnloading(event, unloading_, [this] { guarded([&] { Quitcb_Click(); }); });
+    closeUnlessUnloading(event, unloading_, [this] { guarded("Quitcb_Click", [&] { Quitcb_Click(); }); });
     if (unloading_) event->accept();
 }
 

@@ -157,9 +157,7 @@ TEST(ConfigFile, SavesReplaceTheFileOrLeaveItAlone)
     const auto before = readFile(path);
     for (AtomicSaveFault fault :
          {AtomicSaveFault::Create, AtomicSaveFault::Write, AtomicSaveFault::Sync, AtomicSaveFault::Rename}) {
-        setAtomicSaveFaultForTests(fault);
-        const auto box = saveConfigFile(path, MemoryImage{}, false);
-        setAtomicSaveFaultForTests(AtomicSaveFault::None);
+        const auto box = saveConfigFile(path, MemoryImage{}, false, AtomicSaver{fault});
         ASSERT_TRUE(box.has_value());
         EXPECT_EQ(box->prompt.rfind("Error writing backup file: ", 0), 0u) << box->prompt;
         EXPECT_EQ(box->title, "File Write");

@@ -1,7 +1,10 @@
 #pragma once
 // An in-memory serial port: records writes, delivers bytes in any chunking, fails an
-// open or a write on request, and unplugs.
+// open or a write on request, stalls writes, and unplugs. Bytes delivered to a closed
+// port fail the test: no port hands the program data it has not opened.
 #include "platform/serial_port.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <map>
@@ -19,6 +22,10 @@ public:
     std::string refuseReason = "Permission denied";
     bool failWrites = false;
     bool unplugOnWrite = false; // the adapter is pulled out during the next write
+    // Writes are taken but go no further (a flow-controlled or hung device) until
+    // releaseStalled(); `stalled` holds them.
+    bool stallWrites = false;
+    std::vector<uint8_t> stalled;
     std::string openName;
     std::vector<uint8_t> written;
     int opens = 0, closes = 0, settingsApplied = 0;
@@ -60,14 +67,26 @@ public:
             error = "Input/output error";
             return false;
         }
-        written.insert(written.end(), bytes.begin(), bytes.end());
+        std::vector<uint8_t>& to = stallWrites ? stalled : written;
+        to.insert(to.end(), bytes.begin(), bytes.end());
         return true;
+    }
+    // The device takes what it held back.
+    void releaseStalled()
+    {
+        stallWrites = false;
+        written.insert(written.end(), stalled.begin(), stalled.end());
+        stalled.clear();
     }
     void applySettings() override { ++settingsApplied; }
 
     // Delivers bytes as the port would, in chunks of `chunk` bytes.
     void deliver(const std::vector<uint8_t>& bytes, std::size_t chunk = 64)
     {
+        if (openName.empty()) {
+            ADD_FAILURE() << bytes.size() << " bytes delivered to a closed port";
+            return;
+        }
         for (std::size_t i = 0; i < bytes.size(); i += chunk) {
             const std::size_t n = std::min(chunk, bytes.size() - i);
             if (onBytes) onBytes(std::span<const uint8_t>(bytes.data() + i, n));

@@ -1,11 +1,13 @@
 #pragma once
 // The whole program, built by the application class exactly as kdxtool's main() builds
-// it, on the fakes: a fake port (opened by the scan), scripted dialogs, a Shift key.
-// Loaded as at start-up (the wait window up), then the wait window's probing timer
-// stopped and the test timer's start-up tick taken, so that tests call the timers
-// themselves; the written bytes are cleared.
+// it, on the fakes: a fake port (opened by the scan), scripted dialogs, a Shift key and
+// a clock that moves only with advance(). Loaded as at start-up (the wait window up),
+// then the wait window's probing timer stopped and the test timer's start-up tick taken,
+// so that tests drive the timers themselves; the written bytes are cleared.
 #include "app/application.h"
+#include "fakes/fake_scheduler.h"
 #include "fakes/fake_serial_port.h"
+#include "fakes/manual_clock.h"
 #include "fakes/scripted_dialogs.h"
 
 #include <QTimer>
@@ -16,24 +18,26 @@ struct ProgramRig {
     FakeSerialPort port;
     ScriptedDialogs dialogs;
     FakeKeyState keys;
-    Application program;
+    ManualClock clock;
+    Application program{port, dialogs, keys, clock};
     CommsLink& comms = program.comms;
     MainEntry& main = program.main;
     PUPWait& wait = program.wait;
     DebugDisplay& debug = program.debug;
     TelemetrySetup& logging = program.logging;
     GraphWin& graph = program.graph;
+    FakeScheduler timers{clock, {&comms, &debug, &logging, &main, &graph, &wait}};
 
-    // `clock` times the log's flushes (simulated time); empty, the system's clock.
     // `takeStartupTick` false leaves the test timer's first tick to the test.
-    explicit ProgramRig(LogWriter::Clock clock = {}, bool takeStartupTick = true)
-        : program(port, dialogs, keys, std::move(clock))
+    explicit ProgramRig(bool takeStartupTick = true)
     {
         program.Form_Load();
         wait.InputSwitchTimer->stop();
         if (takeStartupTick) main.TestTmr_Timer(); // one idle test command, taken now, not at random
         port.written.clear();
     }
+    // Simulated time goes on by `ms`; every running timer of the program fires when due.
+    void advance(int64_t ms) { timers.advance(ms); }
 };
 
 } // namespace kdx::test

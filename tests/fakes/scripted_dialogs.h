@@ -1,6 +1,7 @@
 #pragma once
-// Dialogs answered from a script. Every box shown is recorded; a box that the script
-// did not expect fails the test.
+// Dialogs answered from a script. Every box shown is recorded; a question, input box or
+// file dialog that the script did not expect fails the test, and so does an answer the
+// script held that no dialog took by the end of the test.
 #include "platform/dialogs.h"
 #include "platform/key_state.h"
 
@@ -31,6 +32,17 @@ public:
     bool failOnUnexpected = true;
     // Runs while a message box is open, as the box's own event loop runs the program then.
     std::function<void(const ShownBox&)> whileOpen;
+
+    ScriptedDialogs() = default;
+    ScriptedDialogs(const ScriptedDialogs&) = delete;
+    ScriptedDialogs& operator=(const ScriptedDialogs&) = delete;
+    ~ScriptedDialogs() override
+    {
+        if (!failOnUnexpected) return;
+        if (!answers.empty()) ADD_FAILURE() << answers.size() << " answer(s) to a question never asked";
+        if (!inputs.empty()) ADD_FAILURE() << "input \"" << inputs.front() << "\" never asked for";
+        if (!files.empty()) ADD_FAILURE() << files.size() << " file name(s) never asked for";
+    }
 
     Answer MsgBox(const std::string& prompt, int style, const std::string& title) override
     {

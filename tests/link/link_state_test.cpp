@@ -80,11 +80,11 @@ TEST(StatusLine, EachLinkStateReadsAsTheUserExpects)
 TEST(StatusLine, MessageRateIsTheCountsDifferenceOverTheTimeBetweenReadings)
 {
     MessageRate rate;
-    const MessageRate::Clock::time_point t0{};
-    EXPECT_EQ(rate.update(1000, t0), 0) << "nothing to compare the first reading with";
-    EXPECT_DOUBLE_EQ(rate.update(1025, t0 + milliseconds(500)), 50);
-    EXPECT_DOUBLE_EQ(rate.update(1025, t0 + milliseconds(1000)), 0);
-    EXPECT_DOUBLE_EQ(rate.update(1100, t0 + milliseconds(2500)), 50);
+    constexpr int64_t ms = 1000000;
+    EXPECT_EQ(rate.update(1000, 7 * ms), 0) << "nothing to compare the first reading with";
+    EXPECT_DOUBLE_EQ(rate.update(1025, 507 * ms), 50);
+    EXPECT_DOUBLE_EQ(rate.update(1025, 1007 * ms), 0);
+    EXPECT_DOUBLE_EQ(rate.update(1100, 2507 * ms), 50);
 }
 
 // A device at the lost path is taken unless the system says it is another adapter; an

@@ -22,7 +22,6 @@ using namespace kdx::test;
 
 namespace {
 
-constexpr int64_t kMs = 1'000'000;       // ns
 constexpr int64_t kClockReading = 20'000; // ns of simulated time each reading of the playback clock costs
 
 // The lines of a file, each with its CR.
@@ -35,42 +34,20 @@ std::vector<std::string> linesOf(const std::string& path)
 }
 
 struct PlayingProgram : ProgramRig {
-    int64_t now = 0; // simulated ns
-    int64_t nextWatchdog = 500 * kMs, nextFlush = 250 * kMs;
+    PlayingProgram() { clock.step = kClockReading; }
 
-    PlayingProgram() : ProgramRig([this] { return static_cast<double>(now) * 1e-9; })
-    {
-        comms.setPlaybackClock([this] { return now += kClockReading; });
-    }
-
-    // Time passes to `t`; each timer that fell due meanwhile fires once, as Qt delivers
-    // a late timer.
-    void passTimeTo(int64_t t)
-    {
-        now = std::max(now, t);
-        if (nextFlush <= now) {
-            logging.FlushTimer_Timer();
-            nextFlush = (now / (250 * kMs) + 1) * 250 * kMs;
-        }
-        if (nextWatchdog <= now) {
-            comms.CommsTimeout_Timer();
-            main.CommsQualityTmr_Timer();
-            nextWatchdog = (now / (500 * kMs) + 1) * 500 * kMs;
-        }
-    }
-    // Plays the recording to its end at one of the rates, the playback timer firing at
-    // its interval while it runs. (A "Max" slice that ends early is called again at once
-    // by the event loop; here a millisecond later, which plays the same bytes.)
+    // Plays the recording to its end at one of the rates, every timer of the program
+    // firing at its interval meanwhile, then lets the link's watchdog tick once more.
+    // (A "Max" slice that ends early is called again at once by the event loop; here at
+    // the playback timer's next tick, which plays the same bytes.)
     void play(const std::string& path, int rate)
     {
         comms.SetInputFilename(path);
         comms.Rateob[static_cast<std::size_t>(rate)]->click();
         comms.StartLogIn_Click();
-        for (const int64_t end = now + 3600'000 * kMs; comms.PlaybackActive && now < end;) {
-            passTimeTo(now + comms.FileInputTimer->interval() * kMs);
-            if (comms.FileInputTimer->isActive()) comms.FileInputTimer_Timer();
-        }
-        passTimeTo(nextWatchdog);
+        for (const int64_t end = timers.nowMs() + 3600'000; comms.PlaybackActive && timers.nowMs() < end;)
+            advance(std::max(1, comms.FileInputTimer->interval()));
+        advance(comms.CommsTimeout->interval());
     }
 };
 

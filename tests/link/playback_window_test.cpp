@@ -1,5 +1,6 @@
 #include "core/host_error.h"
 #include "fakes/fake_serial_port.h"
+#include "fakes/manual_clock.h"
 #include "fakes/scripted_dialogs.h"
 #include "link/comms_link_window.h"
 
@@ -63,14 +64,12 @@ struct Rig {
     FakeSerialPort port;
     ScriptedDialogs dialogs;
     CountingSink sink;
-    CommsLink link{port, dialogs};
+    ManualClock clock; // the playback's; `step` is added at every reading
+    CommsLink link{port, dialogs, clock};
     QTemporaryDir dir;
-    int64_t now = 0;  // the playback clock, ns
-    int64_t step = 0; // added at every reading of the clock
     Rig()
     {
         link.setMessageSink(&sink);
-        link.setPlaybackClock([this] { return now += step; });
         link.Form_Load();
     }
     std::string recording(const Bytes& bytes)
@@ -107,7 +106,7 @@ TEST(PlaybackWindow, EachRatePlaysItsBytesPerTick)
     };
     for (const Case& c : cases) {
         Rig r;
-        r.step = c.clockStep;
+        r.clock.step = c.clockStep;
         r.recording(frames(c.frames));
         r.link.Rateob[static_cast<std::size_t>(c.index)]->click();
         r.link.StartLogIn->click();
@@ -125,7 +124,7 @@ TEST(PlaybackWindow, EachRatePlaysItsBytesPerTick)
 TEST(PlaybackWindow, AtMaxTheEventLoopRunsBetweenSlicesAndCarriesPlaybackToTheEnd)
 {
     Rig r;
-    r.step = 1'000'000;
+    r.clock.step = 1'000'000;
     r.recording(frames(400)); // 19600 bytes: five slices
     r.link.Rateob[0]->click();
     r.link.StartLogIn->click();

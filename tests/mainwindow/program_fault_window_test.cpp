@@ -8,7 +8,6 @@
 #include "telemetry/telemetry_log_stream.h"
 #include "tuning/graph_win_model.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QLabel>
 #include <QTemporaryDir>
@@ -33,12 +32,11 @@ std::string readFile(const std::string& path)
 // The program as kdxtool's main() wires it, talking to a simulated module, on
 // simulated time.
 struct Program : ProgramRig, LinkLossListener {
-    double now = 0; // simulated seconds
     sim::Simulator module;
     std::vector<uint8_t> heard; // every byte the module sent
     int losses = 0;
 
-    explicit Program(bool qvane) : ProgramRig([this] { return now; }), module({.qvane = qvane, .seed = 7})
+    explicit Program(bool qvane) : module({.qvane = qvane, .seed = 7})
     {
         comms.setLinkLossListener(this); // counts the losses, then tells the tuning window
     }
@@ -57,15 +55,8 @@ struct Program : ProgramRig, LinkLossListener {
             out.clear();
             module.advance(0.01, out);
             heard.insert(heard.end(), out.begin(), out.end());
-            port.deliver(out, 61);
-            const long tick = std::lround((now += 0.01) * 100);
-            if (tick % 4 == 0 && graph.model().gains().gainMsgEnabled()) graph.GainMsgTmr_Timer();
-            if (tick % 25 == 0) logging.FlushTimer_Timer();
-            if (tick % 50 == 0) {
-                comms.CommsTimeout_Timer();
-                main.CommsQualityTmr_Timer();
-            }
-            QCoreApplication::sendPostedEvents(); // back in the event loop: posted boxes open
+            if (port.isOpen()) port.deliver(out, 61);
+            advance(10);
         }
     }
 };
@@ -162,9 +153,9 @@ TEST(ProgramFaultWindow, ASaveThatFailsHalfWayKeepsThePreviousFileAndShowsTheSys
                 p.dialogs.inputs.push_back("70");
                 p.main.ParamLabel_Click(ParamLabel::PTermtb, 0);
             }
-            setAtomicSaveFaultForTests(fault.step);
+            p.program.saver.fault = fault.step;
             save();
-            setAtomicSaveFaultForTests(AtomicSaveFault::None);
+            p.program.saver.fault = AtomicSaveFault::None;
 
             EXPECT_EQ(readFile(path), before);
             EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path().toStdString()), {}), 1)

@@ -62,7 +62,7 @@ std::string text(QLabel* l) { return l->text().toStdString(); }
 
 TEST(TestModeWindow, StartsWithItsDefaultsAndOneIdleCommand)
 {
-    Rig r({}, false);
+    Rig r(false);
     MainEntry& fresh = r.main;
     EXPECT_EQ(text(fresh.TestPtb), "30%");
     EXPECT_EQ(text(fresh.TestRatetb), "8");

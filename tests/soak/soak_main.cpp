@@ -112,8 +112,7 @@ int main(int argc, char** argv)
     }
 
     // The whole program on the fakes, wired as kdxtool's main() wires it.
-    double now = 0; // simulated seconds
-    test::ProgramRig rig([&] { return now; });
+    test::ProgramRig rig; // on simulated time
     rig.dialogs.failOnUnexpected = false; // every box is counted and fails the run below
     GraphWin& graph = rig.graph;
     TelemetrySetup& logging = rig.logging;
@@ -142,7 +141,7 @@ int main(int argc, char** argv)
     };
     for (long long step = 1; step <= steps; ++step) {
         const long long ms = step * kStepMs;
-        now = ms / 1000.0;
+        rig.clock.setSeconds(ms / 1000.0);
         module.consume(rig.port.written);
         rig.port.written.clear();
         fromModule.clear();

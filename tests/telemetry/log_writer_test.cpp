@@ -1,3 +1,4 @@
+#include "fakes/manual_clock.h"
 #include "telemetry/log_writer.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #endif
 
 using namespace kdx;
+using kdx::test::ManualClock;
 namespace fs = std::filesystem;
 using Put = LogWriter::PutResult;
 
@@ -36,8 +38,8 @@ protected:
 
     fs::path dir_ = fs::temp_directory_path() /
                     ("kdx_log_" + std::to_string(::getpid()) + ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    double now_ = 100.0;
-    LogWriter w_{[this] { return now_; }};
+    ManualClock clock_{100'000'000'000};
+    LogWriter w_{clock_};
 };
 
 } // namespace
@@ -84,7 +86,7 @@ TEST_F(LogWriterTest, BufferedLinesReachTheDiskWithinHalfASecond)
                           {100.49, false, 0},  // a timer tick: the first line is not yet half a second old
                           {100.50, false, 2}, {100.60, true, 2},
                           {101.20, true, 4}}) { // a line that comes late goes out with the one before
-        now_ = s.at;
+        clock_.setSeconds(s.at);
         if (s.put) w_.PutStringToLog(line(++n));
         else EXPECT_TRUE(w_.flushIfDue());
         std::string want = kHeader;
@@ -117,12 +119,12 @@ int logUntilTheDiskIsFull(const std::string& p, std::size_t limit)
     std::signal(SIGXFSZ, SIG_IGN);
     const rlimit r{limit, limit};
     if (setrlimit(RLIMIT_FSIZE, &r) != 0) return 9;
-    double t = 0;
-    LogWriter w([&] { return t; });
+    ManualClock clock;
+    LogWriter w(clock);
     if (w.Start(p, kHeader)) return 10;
     int failures = 0;
     for (int n = 1; n <= 20; ++n) {
-        t = n * 0.25; // lines 1-3 go out with line 3, lines 4-6 with line 6
+        clock.setSeconds(n * 0.25); // lines 1-3 go out with line 3, lines 4-6 with line 6
         const Put r = w.PutStringToLog(line(n));
         failures += r == Put::WriteFailed;
         if (n > 6 && r != Put::NotWritten) return 11;

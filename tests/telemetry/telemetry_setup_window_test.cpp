@@ -1,3 +1,4 @@
+#include "fakes/manual_clock.h"
 #include "fakes/scripted_dialogs.h"
 #include "telemetry/telemetry_setup_window.h"
 
@@ -29,8 +30,8 @@ std::string read(const std::string& p)
 struct Rig {
     QTemporaryDir dir;
     ScriptedDialogs dialogs;
-    double now = 0;
-    TelemetrySetup win{dialogs, [this] { return now; }};
+    ManualClock clock;
+    TelemetrySetup win{dialogs, clock};
     Rig()
     {
         win.setHeaderProvider([] { return kHeader; });
@@ -140,7 +141,7 @@ TEST(TelemetrySetupWindow, ALogThatCannotBeOpenedSaysSoOnceAndStaysOff)
     r.choose(r.path("no such folder/Run1.csv"));
     r.win.StartLog_Click();
     r.win.PutStringToLog(line(1));
-    r.now = 5;
+    r.clock.setSeconds(5);
     r.win.FlushTimer_Timer();
     r.win.StopLog_Click();
     ASSERT_EQ(r.dialogs.boxes.size(), 1u);
@@ -162,7 +163,7 @@ TEST(TelemetrySetupWindow, LinesReachTheDiskOnTheTickWhileTheCloseBoxOnlyHides)
     EXPECT_LE(r.win.FlushTimer->interval(), 500);
     r.win.PutStringToLog(line(1));
     r.win.PutStringToLog(line(2));
-    r.now = 0.6; // no more telemetry: only the tick can write them out
+    r.clock.setSeconds(0.6); // no more telemetry: only the tick can write them out
     r.win.FlushTimer_Timer();
     EXPECT_EQ(read(p), kHeader + line(1) + line(2));
     EXPECT_FALSE(r.win.close());

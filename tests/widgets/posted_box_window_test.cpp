@@ -25,10 +25,9 @@ namespace {
 // The program with its logging and tuning windows, the link's watchdog wired to the latter.
 struct Program : ProgramRig {
     QTemporaryDir dir;
-    double now = 0;
     const std::vector<uint8_t> cyclic = buildFrame(121, std::vector<uint8_t>(45, 0));
 
-    Program() : ProgramRig([this] { return now; }) { logging.LogFileName->setText(dir.filePath("Run1.csv")); }
+    Program() { logging.LogFileName->setText(dir.filePath("Run1.csv")); }
 };
 
 } // namespace
@@ -54,7 +53,7 @@ TEST(PostedBoxWindow, BoxesFromHandlersOpenAfterThemAndTelemetryFlowsWhileTheyAr
              p.port.deliver(p.cyclic);
          },
          [&](Program& p) {
-             p.now = 1; // the line waiting is due for the disk
+             p.clock.setSeconds(1); // the line waiting is due for the disk
              p.port.deliver(p.cyclic);
              diskFull.reset();
          },

@@ -113,7 +113,7 @@ TEST(MainEntryQuit, EveryWayOutAsksOnceAndClosesThePortAndTheLogOnlyWhenTheUserA
             r.graph.Inccb_Click(Gain::P, 1);
         }
         if (c.edited) r.main.config().SetDataModified(true);
-        r.dialogs.answers.push_back(c.answer);
+        if (c.asked) r.dialogs.answers.push_back(c.answer);
         switch (c.way) {
         case Way::WaitQuit: QTest::mouseClick(r.wait.Quitcb, Qt::LeftButton); break;
         case Way::WaitCloseBox: r.wait.close(); break;
