@@ -164,12 +164,15 @@ void CommsLink::PortScan()
     PortOpen = false;
     port_.close();
     names_ = listedPorts(port_.availablePorts(), namedPorts_);
+    refusal_.clear();
     for (int p = 1; p <= PortCount; ++p) {
         bool ok = false;
         if (p <= static_cast<int>(names_.size())) {
             std::string error;
-            ok = port_.open(names_[static_cast<std::size_t>(p - 1)], error);
+            const std::string& name = names_[static_cast<std::size_t>(p - 1)];
+            ok = port_.open(name, error);
             if (ok) port_.close();
+            else if (refusal_.empty()) refusal_ = name + ": " + error; // the first refusal tells most
         }
         showPortButton(p, ok);
     }
@@ -218,6 +221,7 @@ void CommsLink::SelectCommsPort(int port)
     port_.close();
     std::string error;
     if (!port_.open(portName(port), error)) {
+        refusal_ = portName(port) + ": " + error;
         checkPortButton(0);
         showStatus();
         dialogs_.MsgBox("Error opening comms port " + std::to_string(port) + " : " + error, box::Critical, "Comms Port");
@@ -228,6 +232,13 @@ void CommsLink::SelectCommsPort(int port)
     rx_.ResetSync();
     checkPortButton(port);
     showStatus();
+}
+
+std::string CommsLink::openProblem() const
+{
+    if (PortOpen) return {};
+    if (!refusal_.empty()) return refusal_;
+    return names_.empty() ? "no serial port found" : "no port selected";
 }
 
 bool CommsLink::selectPortByName(const std::string& name)

@@ -10,6 +10,8 @@
 
 #include <QTimer>
 
+#include <functional>
+
 namespace kdx::test {
 
 struct ProgramRig {
@@ -26,13 +28,25 @@ struct ProgramRig {
 
     // `clock` times the log's flushes (simulated time); empty, the system's clock.
     // `takeStartupTick` false leaves the test timer's first tick to the test.
-    explicit ProgramRig(LogWriter::Clock clock = {}, bool takeStartupTick = true)
+    // `preparePort` sets the fake port up before the program scans it.
+    explicit ProgramRig(LogWriter::Clock clock = {}, bool takeStartupTick = true,
+                        const std::function<void(FakeSerialPort&)>& preparePort = {})
         : program(port, dialogs, keys, std::move(clock))
     {
+        if (preparePort) preparePort(port);
         program.Form_Load();
         wait.InputSwitchTimer->stop();
         if (takeStartupTick) main.TestTmr_Timer(); // one idle test command, taken now, not at random
         port.written.clear();
+    }
+
+    // The live-value labels catch up with the last message, as the display timer makes them.
+    void flushDisplay() { main.flushLiveDisplay(); }
+    // Delivers bytes and lets the display catch up.
+    void deliverAndShow(const std::vector<uint8_t>& bytes)
+    {
+        port.deliver(bytes);
+        flushDisplay();
     }
 };
 

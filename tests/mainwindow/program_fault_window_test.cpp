@@ -61,6 +61,7 @@ struct Program : ProgramRig, LinkLossListener {
             const long tick = std::lround((now += 0.01) * 100);
             if (tick % 4 == 0 && graph.model().gains().gainMsgEnabled()) graph.GainMsgTmr_Timer();
             if (tick % 25 == 0) logging.FlushTimer_Timer();
+            if (tick % 5 == 0) flushDisplay(); // the live display's 50 ms timer
             if (tick % 50 == 0) {
                 comms.CommsTimeout_Timer();
                 main.CommsQualityTmr_Timer();
