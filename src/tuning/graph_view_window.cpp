@@ -35,13 +35,15 @@ void GraphView::paintEvent(QPaintEvent* event)
         p.fillRect(event->rect(), QColor(c.r, c.g, c.b));
         return;
     }
-    p.drawImage(event->rect(), image, event->rect());
+    const int k = canvas_.scale(); // the image's device pixels per logical pixel
+    const QRect r = event->rect();
+    p.drawImage(r, image, QRect(r.topLeft() * k, r.size() * k));
 }
 
 void GraphView::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    canvas_.resize(width(), height());
+    canvas_.resize(width(), height(), devicePixelRatioF());
     update();
     if (width() > 0 && height() > 0 && onResized_) onResized_();
 }
