@@ -149,6 +149,7 @@ bool Application::saveScreenshots(const QString& dirPath)
         {&main, "main"},    {&graph, "tuning"}, {&comms, "comms-link"}, {&logging, "data-logging"},
         {&debug, "debug-display"}, {&about, "about"},  {&wait, "wait"},
     };
+    restoreWishedSizes(); // pictures at the design size, whatever the screen they were made on
     for (const auto& [w, _] : windows) w->show();
     QCoreApplication::processEvents(); // lay out and paint what was just shown
     bool ok = true;

@@ -72,6 +72,8 @@ private:
     QRect availableArea() const;
     // A window's first appearance: inside the screen, beside the windows up, where room is.
     void placeOnFirstShow(QWidget* w);
+    // The working windows at the sizes they asked for, before any cut (the pictures).
+    void restoreWishedSizes();
     // ProgramWindows.
     void showWindow(ProgramWindow w) override;
     void hideWindow(ProgramWindow w) override;

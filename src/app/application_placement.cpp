@@ -28,7 +28,9 @@ WindowSize wish(const QWidget* w)
 {
     const QSize extra = frameExtra(w);
     QSize size = w->testAttribute(Qt::WA_Resized) ? w->size() : w->sizeHint();
-    const QSize least = w->minimumSizeHint().expandedTo(w->minimumSize());
+    // A window cut to less than half its size in either direction (one that scrolls can
+    // go that far) is of little use: better whole, over another.
+    const QSize least = w->minimumSizeHint().expandedTo(w->minimumSize()).expandedTo(size / 2);
     size = size.expandedTo(least);
     return {size.width() + extra.width(), size.height() + extra.height(), least.width() + extra.width(),
             least.height() + extra.height()};
@@ -80,6 +82,12 @@ void Application::placeOnFirstShow(QWidget* w)
                            static_cast<QWidget*>(&debug), static_cast<QWidget*>(&wait)})
         if (other != w && other->isVisible()) taken.push_back(toPlace(other->frameGeometry()));
     putAt(w, placeWindow(toPlace(availableArea()), taken, wish(w)));
+}
+
+void Application::restoreWishedSizes()
+{
+    for (const auto& [w, size] : wishes_)
+        const_cast<QWidget*>(w)->resize(QSize(size.w, size.h) - kFrameAllowance);
 }
 
 } // namespace kdx

@@ -23,18 +23,15 @@ TEST(FitTitle, BoxesAreWideEnoughForTheirTitles)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.title);
         QMessageBox box;
-        box.setWindowTitle(c.title);
         box.setText(c.prompt);
-        fitTitle(&box);
-        box.show();
-        EXPECT_GE(box.width(), titleBarWidth(&box));
-        EXPECT_GT(titleBarWidth(&box), 140 + 5 * static_cast<int>(std::strlen(c.title))); // grows with the title
-
         QInputDialog input;
-        input.setWindowTitle(c.title);
         input.setLabelText(c.prompt);
-        fitTitle(&input);
-        input.show();
-        EXPECT_GE(input.width(), titleBarWidth(&input));
+        for (QWidget* dialog : {static_cast<QWidget*>(&box), static_cast<QWidget*>(&input)}) {
+            dialog->setWindowTitle(c.title);
+            fitTitle(dialog);
+            dialog->show();
+            EXPECT_GE(dialog->width(), titleBarWidth(dialog)) << dialog->metaObject()->className();
+        }
+        EXPECT_GT(titleBarWidth(&box), 140 + 5 * static_cast<int>(std::strlen(c.title))); // grows with the title
     }
 }
