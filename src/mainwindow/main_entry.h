@@ -35,9 +35,11 @@ class QTimer;
 
 namespace kdx {
 
+class ChangeMarkers;
 class ClickLabel;
 class DebugChannel;
 class Dialogs;
+struct EntryCommand;
 class KeyState;
 class TelemetryLog;
 class TuningDisplay;
@@ -205,6 +207,13 @@ public:
 
     ClickLabel* label(ParamLabel l, int motor) { return paramLabels.at(l)[static_cast<std::size_t>(motor)]; }
 
+    // ---- checks on the configuration: change marks, Compare with File, round-trip warnings
+    // File, Compare with File...: a backup file against the configuration on screen.
+    void mnuCompare_Click();
+    QAction* mnuCompare = nullptr;
+    // The marks beside the values that differ from what the module last reported.
+    ChangeMarkers& changeMarkers() { return *changeMarkers_; }
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
@@ -219,7 +228,8 @@ private:
     void noteMemoryReply();
     void SetDataModified(bool flag);
     bool ConfirmReadOverChanges();
-    void loadConfigFrom(const std::string& path);
+    // Loads a backup file, asking which motor where needed; true when it loaded.
+    bool loadConfigFrom(const std::string& path);
     void ShowVersion(int major, int minor);
     void ShowQVaneAxis(int axis);
     void SetTargetIsQVane(bool value);
@@ -277,6 +287,15 @@ private:
     QTimer* liveDisplayTimer_ = nullptr;
     bool liveDirty_ = false; // a message came since the last refresh of the labels
     bool liveStale_ = false;
+
+    // ---- checks on the configuration (main_entry_checks.cpp)
+    void buildChecks();
+    // Asks before a file replaces the configuration; true for Yes.
+    bool confirmLoad();
+    // After an entry: says in the status bar when the value will not read back as entered.
+    void warnRoundTrip(const EntryCommand& command, int motor, float value);
+    std::unique_ptr<ChangeMarkers> changeMarkers_;
+    QString roundTripWarning_; // the status bar's message while it is ours
 };
 
 } // namespace kdx
