@@ -20,9 +20,11 @@ TEST(WindowPlacementWindow, WorkingWindowsFitApartOnASmallScreen)
     for (const QWidget* w : windows) {
         ASSERT_TRUE(w->isVisible()) << w->objectName().toStdString();
         EXPECT_TRUE(area.contains(w->frameGeometry())) << w->objectName().toStdString();
-        for (const QWidget* other : windows)
-            if (other != w) EXPECT_FALSE(w->frameGeometry().intersects(other->frameGeometry()))
+        for (const QWidget* other : windows) {
+            if (other == w) continue;
+            EXPECT_FALSE(w->frameGeometry().intersects(other->frameGeometry()))
                 << w->objectName().toStdString() << " over " << other->objectName().toStdString();
+        }
     }
     EXPECT_LE(r.main.height(), 700) << "menu " << r.main.menuBar()->height();
 }
