@@ -29,6 +29,7 @@ Application::Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, Log
 {
     comms.setMessageSink(&main);
     comms.setLinkLossListener(this);
+    main.afterReveal = [this] { comms.keepInViewWhilePlaying(); }; // a recording playing keeps its controls at hand
     logging.setHeaderProvider([this] { return main.GetTelemetryFileTitles(); });
     debug.Form_Load();
     logging.Form_Load();
@@ -69,6 +70,15 @@ void Application::showPortChoice()
     comms.show();
     comms.raise();
     comms.activateWindow();
+}
+
+StatusInputs Application::statusInputs() const
+{
+    return StatusInputs{.link = comms.linkStatus(),
+                        .qvane = main.TargetIsQVane,
+                        .qvaneAxis = main.shownQVaneAxis(),
+                        .versionMajor = main.shownVersionMajor(),
+                        .versionMinor = main.shownVersionMinor()};
 }
 
 QWidget* Application::window(ProgramWindow w)

@@ -15,6 +15,7 @@
 #include "tuning/graph_win_window.h"
 #include "tuning/tuning_display.h"
 #include "windows/debug_display_window.h"
+#include "widgets/link_status_bar.h"
 #include "windows/pup_wait.h"
 
 #include <QRect>
@@ -66,6 +67,9 @@ public:
     MainEntry main;
     GraphWin graph;
     PUPWait wait;
+    // The main window's status bar, on the link's state and the target the telemetry told.
+    LinkStatusBar statusBar{main.statusBar(), [this] { return statusInputs(); },
+                            [this] { return comms.receiver().goodMessages; }};
 
 private:
     QWidget* window(ProgramWindow w);
@@ -74,6 +78,7 @@ private:
     void placeOnFirstShow(QWidget* w);
     // The working windows at the sizes they asked for, before any cut (the pictures).
     void restoreWishedSizes();
+    StatusInputs statusInputs() const;
     // ProgramWindows.
     void showWindow(ProgramWindow w) override;
     void hideWindow(ProgramWindow w) override;
