@@ -1,7 +1,8 @@
 // Cost of drawing the tuning graph into its backing image, on a 1200 x 600 graph:
 //  - one new sample as the capture draws it with "Disp Clear" off (the cursor, two
 //    erased and two new segments), with the painter kept open between samples as it is
-//    between screen frames, and with a painter begun and ended for every sample;
+//    between screen frames, and with a painter begun and ended for every sample; at
+//    device pixel ratios 1 and 2;
 //  - the same through the whole capture path, the two redraws per sweep included, without
 //    and with a 60 s reference sweep pinned behind the live traces;
 //  - a full redraw of a 60 s sweep (6001 samples, 12000 segments, grid, labels);
@@ -32,9 +33,9 @@ struct Rig {
     FixedAnswerDialogs dialogs{Answer::No};
     NoShiftKey keys;
     std::unique_ptr<GraphWinModel> model;
-    Rig()
+    explicit Rig(double devicePixelRatio = 1)
     {
-        canvas.resize(kWidth, kHeight);
+        canvas.resize(kWidth, kHeight, devicePixelRatio);
         model = std::make_unique<GraphWinModel>(canvas, store, dialogs, keys);
     }
     // A full sweep of both channels in the buffer, as the previous sweep to erase.
@@ -51,11 +52,12 @@ struct Rig {
 };
 
 // The drawing of one new sample, exactly the calls the capture makes for it with
-// "Disp Clear" off. Argument 1: a painter is begun and ended for every sample (a screen
-// repaint between every two samples), the worst case; 0: the painter stays open.
+// "Disp Clear" off. First argument 1: a painter is begun and ended for every sample (a
+// screen repaint between every two samples), the worst case; 0: the painter stays open.
+// Second argument: the device pixel ratio (2 on a high-density screen, drawn sharp).
 void BM_NewSampleDrawing(benchmark::State& state)
 {
-    Rig rig;
+    Rig rig(static_cast<double>(state.range(1)));
     rig.model->capture().TraceDurationcb_Click(1); // 10 s: 1000 samples across 1200 pixels
     rig.fillSweep(0.5);
     const bool flushEach = state.range(0) == 1;
@@ -75,7 +77,10 @@ void BM_NewSampleDrawing(benchmark::State& state)
     rig.canvas.flush();
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_NewSampleDrawing)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_NewSampleDrawing)
+    ->ArgsProduct({{0, 1}, {1, 2}})
+    ->ArgNames({"flushEach", "dpr"})
+    ->Unit(benchmark::kMicrosecond);
 
 // Steady repeat capture of 10 s sweeps through the model, both motors per message as the
 // telemetry decoder reports them, "Disp Clear" off; the two redraws per sweep (half time

@@ -1,8 +1,11 @@
 #include "app/application.h"
 
+#include "widgets/compact_layout.h"
 #include "windows/about_window.h"
 
+#include <QAction>
 #include <QCoreApplication>
+#include <QKeySequence>
 #include <QDir>
 
 #include <cstdio>
@@ -22,15 +25,24 @@ Application::Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, Clo
                             .debug = debug,
                             .saver = saver}),
       graph(main.gainStore(), main, *this, main, dialogs, keys, saver),
-      wait(comms, main, main, keys),
+      wait(comms, main, main, keys, *this),
       dialogs_(dialogs)
 {
     comms.setMessageSink(&main);
-    comms.setLinkLossListener(&graph);
+    comms.setLinkLossListener(this);
     main.afterReveal = [this] { comms.keepInViewWhilePlaying(); }; // a recording playing keeps its controls at hand
     logging.setHeaderProvider([this] { return main.GetTelemetryFileTitles(); });
     debug.Form_Load();
     logging.Form_Load();
+    // File, Exit's Ctrl+Q, spelled out: the platform's standard quit key is not Ctrl+Q
+    // under every theme, and a key that only the main window hears does nothing while
+    // the wait window or another window has the focus.
+    main.mnuExit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    main.mnuExit->setShortcutContext(Qt::ApplicationShortcut);
+    for (QWidget* w : std::initializer_list<QWidget*>{&graph, &logging, &comms, &debug, &wait})
+        w->addAction(main.mnuExit);
+    // On a small screen the tuning window is cut down to the room beside the main window.
+    allowScrolling(&graph);
 }
 
 void Application::Form_Load()
@@ -44,6 +56,21 @@ void Application::openCommandLineFile(const std::string& path)
     // The main window takes the file as the command line carries it: in double quotes.
     const bool quoted = path.size() >= 2 && path.front() == '"' && path.back() == '"';
     main.handleCommandLine(quoted ? path : '"' + path + '"');
+}
+
+void Application::PutCommsJustWentBad()
+{
+    graph.PutCommsJustWentBad();
+    main.setLiveValuesStale(true);
+    debug.setStale(true);
+}
+
+void Application::showPortChoice()
+{
+    placeOnFirstShow(&comms);
+    comms.show();
+    comms.raise();
+    comms.activateWindow();
 }
 
 StatusInputs Application::statusInputs() const
@@ -72,6 +99,7 @@ QWidget* Application::window(ProgramWindow w)
 void Application::showWindow(ProgramWindow w)
 {
     if (w == ProgramWindow::Wait) {
+        if (!placed_.count(&main)) placeWorkingWindows(availableArea());
         // Centred over the main window, wherever that stands.
         wait.adjustSize();
         wait.move(main.geometry().center() - wait.rect().center());
@@ -82,6 +110,7 @@ void Application::showWindow(ProgramWindow w)
         about->Form_Load();
         about->open(); // modal to the main window, without a nested event loop
     } else {
+        placeOnFirstShow(window(w));
         window(w)->show();
     }
 }
@@ -131,6 +160,7 @@ bool Application::saveScreenshots(const QString& dirPath)
         {&main, "main"},    {&graph, "tuning"}, {&comms, "comms-link"}, {&logging, "data-logging"},
         {&debug, "debug-display"}, {&about, "about"},  {&wait, "wait"},
     };
+    restoreWishedSizes(); // pictures at the design size, whatever the screen they were made on
     for (const auto& [w, _] : windows) w->show();
     QCoreApplication::processEvents(); // lay out and paint what was just shown
     bool ok = true;

@@ -6,8 +6,10 @@
 // the narrow interfaces they take; this class answers the ones about windows as such
 // (shown, hidden, the end of the program).
 #include "link/comms_link_window.h"
+#include "link/port_status.h"
 #include "mainwindow/main_entry.h"
 #include "platform/program_windows.h"
+#include "platform/window_placement.h"
 #include "telemetry/log_writer.h"
 #include "telemetry/telemetry_setup_window.h"
 #include "tuning/graph_win_window.h"
@@ -16,9 +18,12 @@
 #include "widgets/link_status_bar.h"
 #include "windows/pup_wait.h"
 
+#include <QRect>
 #include <QString>
 
 #include <functional>
+#include <map>
+#include <set>
 #include <string>
 
 namespace kdx {
@@ -27,7 +32,8 @@ class Dialogs;
 class KeyState;
 class SerialPort;
 
-class Application : private ProgramWindows, private TuningDisplay {
+class Application : private ProgramWindows, private TuningDisplay, private LinkLossListener,
+                    private PortStatus {
 public:
     // The adapters are referenced and must outlive the application. `clock` times the
     // telemetry log's flushes and the playback's pace.
@@ -43,6 +49,11 @@ public:
     // Saves each window as DIR/NAME.png, the hidden ones shown for it; prints each path
     // written. False if the folder or a picture could not be written.
     bool saveScreenshots(const QString& dirPath);
+
+    // Places the main, Data Logging and tuning windows inside `area` (screen pixels),
+    // clear of one another, cutting the later ones down where the area is short of room.
+    // Done once on the screen's available area before the wait window first shows.
+    void placeWorkingWindows(const QRect& area);
 
     // Whether the program has decided to end and unloaded its windows.
     bool Ended() const { return ended_; }
@@ -66,6 +77,11 @@ public:
 
 private:
     QWidget* window(ProgramWindow w);
+    QRect availableArea() const;
+    // A window's first appearance: inside the screen, beside the windows up, where room is.
+    void placeOnFirstShow(QWidget* w);
+    // The working windows at the sizes they asked for, before any cut (the pictures).
+    void restoreWishedSizes();
     StatusInputs statusInputs() const;
     // ProgramWindows.
     void showWindow(ProgramWindow w) override;
@@ -81,8 +97,17 @@ private:
     void LoadTuningFileOnInit(const std::string& path) override { graph.LoadTuningFileOnInit(path); }
     bool GetDataModified() const override { return graph.GetDataModified(); }
 
+    // LinkLossListener: the tuning window hears of the loss, and every live value goes grey.
+    void PutCommsJustWentBad() override;
+    // PortStatus, for the wait window.
+    std::string listeningPort() const override { return comms.currentPortName(); }
+    std::string portProblem() const override { return comms.openProblem(); }
+    void showPortChoice() override;
+
     Dialogs& dialogs_;
     bool ended_ = false;
+    std::set<const QWidget*> placed_; // windows that have had their first place
+    std::map<const QWidget*, WindowSize> wishes_; // the working windows' sizes before any cut
 };
 
 } // namespace kdx

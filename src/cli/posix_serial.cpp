@@ -1,5 +1,7 @@
 #include "cli/posix_serial.h"
 
+#include "platform/device_group.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -32,10 +34,7 @@ bool hungUp(int fd)
 std::string openFailure(const std::string& path, int err)
 {
     std::string text = "cannot open " + path + ": " + reason(err);
-#ifdef __linux__
-    if (err == EACCES)
-        text += " (add your user to the dialout group: sudo usermod -aG dialout $USER, then log in again)";
-#endif
+    if (err == EACCES) text += permissionHint(path);
     return text;
 }
 

@@ -173,12 +173,15 @@ void CommsLink::PortScan()
     std::vector<std::string> system;
     for (const PortIdentity& id : identities_) system.push_back(id.path);
     names_ = listedPorts(std::move(system), namedPorts_);
+    refusal_.clear();
     for (int p = 1; p <= PortCount; ++p) {
         bool ok = false;
         if (p <= static_cast<int>(names_.size())) {
             std::string error;
-            ok = port_.open(names_[static_cast<std::size_t>(p - 1)], error);
+            const std::string& name = names_[static_cast<std::size_t>(p - 1)];
+            ok = port_.open(name, error);
             if (ok) port_.close();
+            else if (refusal_.empty()) refusal_ = name + ": " + error; // the first refusal tells most
         }
         showPortButton(p, ok);
     }
@@ -240,6 +243,7 @@ void CommsLink::SelectCommsPort(int port)
     port_.close();
     std::string error;
     if (!port_.open(portName(port), error)) {
+        refusal_ = portName(port) + ": " + error;
         checkPortButton(0);
         showStatus();
         updateLinkState();
@@ -259,6 +263,13 @@ void CommsLink::portOpened(int port)
     checkPortButton(port);
     showStatus();
     updateLinkState();
+}
+
+std::string CommsLink::openProblem() const
+{
+    if (PortOpen) return {};
+    if (!refusal_.empty()) return refusal_;
+    return names_.empty() ? "no serial port found" : "no port selected";
 }
 
 bool CommsLink::selectPortByName(const std::string& name)

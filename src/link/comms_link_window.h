@@ -119,6 +119,9 @@ public:
     const Receiver& receiver() const { return rx_; }
     std::string portName(int port) const;
     std::string currentPortName() const { return PortOpen ? portName(CurrentPort) : std::string(); }
+    // Why no port is open: the last refused port with its reason, or that the scan found
+    // none. Empty while a port is open.
+    std::string openProblem() const;
 
     // Port state.
     bool PortOpen = false;
@@ -198,6 +201,7 @@ private:
     LinkStatus linkStatus_;
     std::function<void(const LinkStatus&)> linkListener_;
     std::vector<std::string> namedPorts_; // selected by name: listed by every scan
+    std::string refusal_; // the last port that would not open, and why
     bool unloading_ = false;
     int lostPort_ = 0; // the port that failed underneath, until the loss is told
     int32_t shownErrors_ = -1;

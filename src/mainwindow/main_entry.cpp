@@ -14,6 +14,7 @@
 #include "platform/qt_guard.h"
 #include "tuning/gain_message.h"
 #include "tuning/tuning_display.h"
+#include "widgets/compact_layout.h"
 #include "widgets/face_colour.h"
 #include "widgets/text.h"
 
@@ -52,6 +53,7 @@ MainEntry::MainEntry(const Peers& peers, QWidget* parent) : QMainWindow(parent),
     setWindowTitle(kCaption);
     buildControls();
     buildMenus();
+    compactLayouts(centralWidget(), 2, 6); // fits, menu and status bar included, a 768-pixel-high screen
     buildChecks();
     paintFace(WriteConfigcb, colours::LightGrey); // nothing to write before a read, load or edit
     setFormWidthTwips(TwoMotorWidthTwips);
@@ -66,6 +68,8 @@ MainEntry::MainEntry(const Peers& peers, QWidget* parent) : QMainWindow(parent),
     MemReqTimer->setInterval(memreq::TimeoutMs);
     MemReqTimer->setSingleShot(true);
     connect(MemReqTimer, &QTimer::timeout, this, [this] { guarded("MemReqTimer_Timer", [&] { MemReqTimer_Timer(); }); });
+
+    buildLiveDisplayTimer();
 
     TestTmr = new QTimer(this);
     TestTmr->setObjectName("TestTmr");

@@ -148,6 +148,16 @@ public:
     // display's titles when it logs its data; CR LF included.
     std::string GetTelemetryFileTitles() const;
 
+    // The live-value labels are refreshed from the latest values at most this often.
+    static constexpr int LiveDisplayMs = 50;
+    // Refreshes the live-value labels now if a message came since the last refresh (the
+    // display timer does this; tests call it instead of waiting).
+    void flushLiveDisplay();
+    // Greys the live values while the link is lost; the next refresh after a message
+    // shows them fresh again.
+    void setLiveValuesStale(bool stale);
+    bool liveValuesStale() const { return liveStale_; }
+
     // The window's width with both motors' panels, in twips (15 to the pixel at 96 dpi).
     static constexpr int TwoMotorWidthTwips = 9720;
 
@@ -239,6 +249,8 @@ private:
     void ShowQVaneAxis(int axis);
     void SetTargetIsQVane(bool value);
     void ShowLiveValues();
+    void buildLiveDisplayTimer();
+    void scheduleLiveValues();
     void showMotorOnePanels(bool visible);
     void afterCyclic();
     void buildLiveValues(int motor, QGroupBox* frame);
@@ -287,6 +299,9 @@ private:
     bool memoryRequestPending_ = false; // a read or write waits for its answer
     TestMode testMode_;
     std::optional<bool> motorOneShown_; // as the last direct message or target change left them
+    QTimer* liveDisplayTimer_ = nullptr;
+    bool liveDirty_ = false; // a message came since the last refresh of the labels
+    bool liveStale_ = false;
 
     // ---- checks on the configuration (main_entry_checks.cpp)
     void buildChecks();

@@ -236,7 +236,9 @@ QGroupBox* MainEntry::buildTransferFrame(QWidget* central)
                                    "for; noise on the line can form one. Read the module again before writing.");
     UnrequestedReplylb->setWordWrap(true);
     QPalette warning = UnrequestedReplylb->palette();
-    warning.setColor(QPalette::WindowText, QColor(0xC0, 0, 0));
+    // Dark red on a light palette, light red on a dark one: readable on either.
+    const bool dark = warning.color(QPalette::Window).lightness() < 128;
+    warning.setColor(QPalette::WindowText, dark ? QColor(0xFF, 0x70, 0x70) : QColor(0xC0, 0, 0));
     UnrequestedReplylb->setPalette(warning);
     QFont bold = UnrequestedReplylb->font();
     bold.setBold(true);

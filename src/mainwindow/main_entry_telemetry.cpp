@@ -40,7 +40,7 @@ void MainEntry::PutCyclicQvaneMsg(const MsgView& msg)
     const CyclicTelemetry decoded = decodeCyclicQvaneMsg(msg);
     applyDecoded(live, decoded);
     peers_.tuning.PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
-    ShowLiveValues();
+    scheduleLiveValues();
     writeLogLine();
     if (!TelemetrySeen) {
         RequestMemoryRead(true);
@@ -60,7 +60,7 @@ void MainEntry::PutCyclicMsg(const MsgView& msg)
     ShowVersion(live.VersionMajor, live.VersionMinor);
     peers_.tuning.PutSample(0, live.motor[0].AxisRate, live.motor[0].AxisError);
     peers_.tuning.PutSample(1, live.motor[1].AxisRate, live.motor[1].AxisError);
-    ShowLiveValues();
+    scheduleLiveValues();
     writeLogLine();
     if (!TelemetrySeen) {
         RequestMemoryRead(true);

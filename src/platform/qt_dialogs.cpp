@@ -1,6 +1,7 @@
 #include "platform/qt_dialogs.h"
 
 #include "platform/file_filter.h"
+#include "widgets/fit_title.h"
 
 #include <QApplication>
 #include <QDir>
@@ -54,6 +55,7 @@ Answer QtDialogs::MsgBox(const std::string& prompt, int style, const std::string
     } else {
         box.setStandardButtons(QMessageBox::Ok);
     }
+    fitTitle(&box);
     switch (box.exec()) {
     case QMessageBox::Yes: return Answer::Yes;
     case QMessageBox::No: return Answer::No;
@@ -65,11 +67,12 @@ Answer QtDialogs::MsgBox(const std::string& prompt, int style, const std::string
 std::string QtDialogs::InputBox(const std::string& prompt, const std::string& title,
                                 const std::string& defaultText)
 {
-    bool ok = false;
-    const QString text = QInputDialog::getText(owner(parent_), QString::fromStdString(title),
-                                               QString::fromStdString(prompt), QLineEdit::Normal,
-                                               QString::fromStdString(defaultText), &ok);
-    return ok ? text.toStdString() : std::string();
+    QInputDialog dialog(owner(parent_));
+    dialog.setWindowTitle(QString::fromStdString(title));
+    dialog.setLabelText(QString::fromStdString(prompt));
+    dialog.setTextValue(QString::fromStdString(defaultText));
+    fitTitle(&dialog);
+    return dialog.exec() == QDialog::Accepted ? dialog.textValue().toStdString() : std::string();
 }
 
 std::optional<std::string> QtDialogs::OpenFile(const FileDialogRequest& r)

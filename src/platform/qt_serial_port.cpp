@@ -1,5 +1,7 @@
 #include "platform/qt_serial_port.h"
 
+#include "platform/device_group.h"
+
 #include <QFileInfo>
 #include <QSerialPortInfo>
 
@@ -69,14 +71,12 @@ std::vector<std::string> QtSerialPort::availablePorts()
 
 bool QtSerialPort::present(const std::string& path) { return QFileInfo::exists(QString::fromStdString(path)); }
 
-std::string QtSerialPort::describeOpenError(QSerialPort::SerialPortError error, const QString& text)
+std::string QtSerialPort::describeOpenError(QSerialPort::SerialPortError error, const QString& text,
+                                            const std::string& name)
 {
     std::string reason = text.toStdString();
     if (error == QSerialPort::PermissionError) {
-        reason = "Permission denied";
-#ifdef Q_OS_LINUX
-        reason += " (add your user to the dialout group: sudo usermod -aG dialout $USER, then log in again)";
-#endif
+        reason = "Permission denied" + permissionHint(name);
     } else if (error == QSerialPort::DeviceNotFoundError) {
         reason = "Device not found";
     }
@@ -88,7 +88,7 @@ bool QtSerialPort::open(const std::string& name, std::string& error)
     if (port_.isOpen()) port_.close();
     port_.setPortName(QString::fromStdString(name));
     if (!port_.open(QIODevice::ReadWrite)) {
-        error = describeOpenError(port_.error(), port_.errorString());
+        error = describeOpenError(port_.error(), port_.errorString(), name);
         port_.clearError();
         return false;
     }

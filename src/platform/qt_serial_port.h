@@ -32,9 +32,10 @@ public:
     bool write(std::span<const uint8_t> bytes, std::string& error) override;
     void applySettings() override;
 
-    // What an open failure says to the user: the reason, and on Linux the dialout group
-    // when permission was refused.
-    static std::string describeOpenError(QSerialPort::SerialPortError error, const QString& text);
+    // What an open failure of port `name` says to the user: the reason, and on Linux how
+    // to join the group that owns the device when permission was refused for that.
+    static std::string describeOpenError(QSerialPort::SerialPortError error, const QString& text,
+                                         const std::string& name);
 
 private:
     void onReadyRead();

@@ -14,11 +14,13 @@ GraphView::GraphView(QWidget* parent) : QWidget(parent)
     // Every pixel comes from the image: Qt need not erase first.
     setAttribute(Qt::WA_OpaquePaintEvent);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    // A stroke asks for one repaint of just the area drawn on, collected until the event
-    // loop runs again: a new sample repaints a few narrow columns, not the whole graph.
-    canvas_.setOnChanged([this] {
-        QMetaObject::invokeMethod(this, [this] { update(canvas_.takeDirty()); }, Qt::QueuedConnection);
-    });
+    // A stroke asks for one repaint of just the area drawn on, collected for one screen
+    // frame: the samples of a frame repaint a few narrow columns once, not the whole
+    // graph and not once per sample.
+    frameTimer_.setSingleShot(true);
+    frameTimer_.setInterval(FrameMs);
+    connect(&frameTimer_, &QTimer::timeout, this, [this] { update(canvas_.takeDirty()); });
+    canvas_.setOnChanged([this] { frameTimer_.start(); });
 }
 
 QSize GraphView::sizeHint() const { return {800, 400}; }
@@ -33,13 +35,15 @@ void GraphView::paintEvent(QPaintEvent* event)
         p.fillRect(event->rect(), QColor(c.r, c.g, c.b));
         return;
     }
-    p.drawImage(event->rect(), image, event->rect());
+    const int k = canvas_.scale(); // the image's device pixels per logical pixel
+    const QRect r = event->rect();
+    p.drawImage(r, image, QRect(r.topLeft() * k, r.size() * k));
 }
 
 void GraphView::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    canvas_.resize(width(), height());
+    canvas_.resize(width(), height(), devicePixelRatioF());
     update();
     if (width() > 0 && height() > 0 && onResized_) onResized_();
 }

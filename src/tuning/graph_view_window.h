@@ -1,9 +1,10 @@
 #pragma once
 // The picture of the tuning graph (`Graphpb`): it owns the backing image the renderer
-// draws on and only blits it. Strokes mark the area they touched dirty, and Qt repaints
-// that area once however many samples arrived in between.
+// draws on and only blits it. Strokes mark the area they touched dirty, and that area is
+// repainted once per screen frame however many samples arrived in between.
 #include "tuning/qt_image_canvas.h"
 
+#include <QTimer>
 #include <QWidget>
 
 #include <functional>
@@ -14,6 +15,9 @@ class GraphView : public QWidget {
     Q_OBJECT
 public:
     explicit GraphView(QWidget* parent = nullptr);
+
+    // The picture follows the strokes at most once per screen frame (60 Hz).
+    static constexpr int FrameMs = 16;
 
     QtImageCanvas& canvas() { return canvas_; }
     // Runs after a resize has made the image anew at the new size (and not while the
@@ -29,6 +33,7 @@ protected:
 
 private:
     QtImageCanvas canvas_;
+    QTimer frameTimer_;
     std::function<void()> onResized_;
 };
 

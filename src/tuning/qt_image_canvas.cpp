@@ -53,16 +53,19 @@ QtImageCanvas::QtImageCanvas() = default;
 
 QtImageCanvas::~QtImageCanvas() { flush(); }
 
-void QtImageCanvas::resize(int width, int height)
+void QtImageCanvas::resize(int width, int height, double devicePixelRatio)
 {
     flush();
     if (width <= 0 || height <= 0) {
         image_ = QImage();
         return;
     }
-    if (image_.width() == width && image_.height() == height) return;
+    const int scale = std::max(1, static_cast<int>(std::lround(devicePixelRatio)));
+    if (image_.width() == width * scale && image_.height() == height * scale && scale == scale_) return;
+    scale_ = scale;
     // RGB32 is the raster engine's native format, and one pixel is one 32-bit store.
-    image_ = QImage(width, height, QImage::Format_RGB32);
+    image_ = QImage(width * scale, height * scale, QImage::Format_RGB32);
+    image_.setDevicePixelRatio(scale); // a painter on it, and the blit, work in logical pixels
     image_.fill(toQColor(graph_colour::Background));
 }
 
@@ -90,7 +93,7 @@ void QtImageCanvas::changed(const QRect& area)
 QRect QtImageCanvas::takeDirty()
 {
     notified_ = false;
-    return std::exchange(dirty_, QRect()) & image_.rect();
+    return std::exchange(dirty_, QRect()) & QRect(0, 0, image_.width() / scale_, image_.height() / scale_);
 }
 
 namespace {
@@ -132,9 +135,10 @@ void QtImageCanvas::setPen(uint32_t bgr, double penWidth)
 void QtImageCanvas::clear(uint32_t bgr)
 {
     if (image_.isNull()) return;
-    changed(image_.rect());
+    const QRect all(0, 0, image_.width() / scale_, image_.height() / scale_);
+    changed(all);
     if (painter_.isActive())
-        painter_.fillRect(image_.rect(), toQColor(bgr));
+        painter_.fillRect(all, toQColor(bgr));
     else
         image_.fill(toQColor(bgr));
 }
@@ -148,18 +152,50 @@ void QtImageCanvas::line(double x0, double y0, double x1, double y1, uint32_t bg
     }
     if (!std::isfinite(x0) || !std::isfinite(y0) || !std::isfinite(x1) || !std::isfinite(y1)) return;
     changed(strokeBounds(x0, y0, x1, y1, penWidth));
+    if (scale_ != 1 && (x0 == x1 || y0 == y1)) {
+        // A wide stroke along an axis (the sweep cursor, the border) on a scaled image:
+        // the rectangle a square-capped pen covers, set in device pixels, which costs a
+        // fraction of a transformed painter stroke.
+        const double r = penWidth / 2;
+        fillDeviceRect(std::min(x0, x1) - r, std::min(y0, y1) - r, std::max(x0, x1) + r, std::max(y0, y1) + r, bgr);
+        return;
+    }
     QPainter& p = painter();
     setPen(bgr, penWidth);
     p.drawLine(QLineF(x0, y0, x1, y1));
 }
 
+// The device pixels whose centres lie in the logical rectangle (left, top)-(right, bottom).
+void QtImageCanvas::fillDeviceRect(double left, double top, double right, double bottom, uint32_t bgr)
+{
+    const auto edge = [this](double v, int limit) {
+        return std::clamp(static_cast<int>(std::lround(v * scale_)), 0, limit);
+    };
+    const int x0 = edge(left, image_.width()), x1 = edge(right, image_.width());
+    const int y0 = edge(top, image_.height()), y1 = edge(bottom, image_.height());
+    if (x0 >= x1 || y0 >= y1) return;
+    if (painter_.isActive()) flush(); // strokes stay in order with what the painter holds
+    if (!pixels_) pixels_ = image_.bits();
+    const qsizetype stride = image_.bytesPerLine();
+    const Rgb c = fromBgr(bgr);
+    const QRgb colour = qRgb(c.r, c.g, c.b);
+    for (int y = y0; y < y1; ++y) std::fill_n(reinterpret_cast<QRgb*>(pixels_ + y * stride) + x0, x1 - x0, colour);
+}
+
 // A one-pixel line: the pixels containing the two end points and the Bresenham path
-// between them, both ends included.
+// between them, both ends included. On a scaled image the path runs through device
+// pixels, so a slope steps as finely as the screen can show.
 void QtImageCanvas::thinLine(double x0, double y0, double x1, double y1, uint32_t bgr)
 {
     const int w = image_.width(), h = image_.height();
+    if (scale_ != 1) {
+        x0 *= scale_, y0 *= scale_, x1 *= scale_, y1 *= scale_;
+    }
     if (!clipTo(w, h, x0, y0, x1, y1)) return;
-    changed(strokeBounds(x0, y0, x1, y1, 1));
+    if (scale_ == 1)
+        changed(strokeBounds(x0, y0, x1, y1, 1));
+    else
+        changed(strokeBounds(x0 / scale_, y0 / scale_, x1 / scale_, y1 / scale_, 1));
     if (!pixels_) pixels_ = image_.bits(); // detaches a copy handed out before
     const qsizetype stride = image_.bytesPerLine();
     const Rgb c = fromBgr(bgr);

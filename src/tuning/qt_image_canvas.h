@@ -26,10 +26,14 @@ public:
     QtImageCanvas(const QtImageCanvas&) = delete;
     QtImageCanvas& operator=(const QtImageCanvas&) = delete;
 
-    // Makes the image anew at this size in pixels, filled with the graph background;
-    // the old picture is dropped, so the caller redraws. A zero side leaves no image
-    // and the renderer draws nothing.
-    void resize(int width, int height);
+    // Makes the image anew at this size in logical pixels, filled with the graph
+    // background; the old picture is dropped, so the caller redraws. A zero side leaves
+    // no image and the renderer draws nothing. At a device pixel ratio above 1 the image
+    // holds that many device pixels per logical one (rounded to a whole number) and is
+    // drawn at that resolution: sharp on a high-density screen, not pixel-doubled.
+    void resize(int width, int height, double devicePixelRatio = 1);
+    // Device pixels per logical pixel of the image.
+    int scale() const { return scale_; }
     // Ends the open painter, if any, so the image holds every stroke made so far.
     void flush();
     // The picture as drawn so far (flushes first). A copy taken of it stays as it was.
@@ -38,7 +42,8 @@ public:
     // Called once for the first change after each takeDirty(): the widget schedules a
     // repaint of what takeDirty() then returns.
     void setOnChanged(std::function<void()> onChanged) { onChanged_ = std::move(onChanged); }
-    // The part of the image changed since the last call, and re-arms setOnChanged.
+    // The part of the image changed since the last call, in logical pixels, and re-arms
+    // setOnChanged.
     QRect takeDirty();
     // Receives the value labels of each axis as the renderer places them.
     void setOnLabels(std::function<void(int axis, const AxisLabels&)> onLabels)
@@ -47,8 +52,8 @@ public:
     }
 
     // GraphCanvas.
-    double width() const override { return image_.width(); }
-    double height() const override { return image_.height(); }
+    double width() const override { return image_.width() / scale_; }
+    double height() const override { return image_.height() / scale_; }
     void clear(uint32_t bgr) override;
     // Not antialiased: an erase (the same line in the background colour) covers exactly
     // the pixels the line covered. A line with a coordinate that is not a finite number
@@ -61,8 +66,10 @@ private:
     QPainter& painter();
     void setPen(uint32_t bgr, double penWidth);
     void thinLine(double x0, double y0, double x1, double y1, uint32_t bgr);
+    void fillDeviceRect(double left, double top, double right, double bottom, uint32_t bgr);
 
     QImage image_;
+    int scale_ = 1;
     QPainter painter_;
     // The image's pixels while it is being drawn on; fetched again after each flush, so
     // a copy handed out by image() is detached from before the next stroke.

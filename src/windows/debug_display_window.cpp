@@ -1,5 +1,7 @@
 #include "windows/debug_display_window.h"
 
+#include "widgets/stale_look.h"
+
 #include "platform/qt_guard.h"
 #include "platform/qt_window_close.h"
 #include "telemetry/changed_only.h"
@@ -26,6 +28,7 @@ struct DebugDisplay::State {
     bool received = false;
     std::array<ChangedOnly<uint8_t>, kDebugByteCount> shown;
     QTimer* refresh = nullptr;
+    bool stale = false;
     bool unloading = false;
 };
 
@@ -76,6 +79,7 @@ void DebugDisplay::PutDebugData(const std::array<uint8_t, 7>& bytes)
 {
     state_->bytes = bytes;
     state_->received = true;
+    if (state_->stale) setStale(false);
     if (isVisible() && !state_->refresh->isActive()) state_->refresh->start();
 }
 
@@ -95,6 +99,12 @@ void DebugDisplay::unload()
     state_->unloading = true;
     state_->refresh->stop();
     close();
+}
+
+void DebugDisplay::setStale(bool stale)
+{
+    state_->stale = stale;
+    for (QLabel* l : DebugValuelb) showStale(l, stale);
 }
 
 void DebugDisplay::refreshLabels()

@@ -30,6 +30,8 @@ public:
     std::string GetDebugTitles() const override;
     // The current values as log columns, same count as the titles, no leading comma.
     std::string GetDebugStrToLog() const override;
+    // Greys the values while the link is lost; the next debug bytes show them fresh.
+    void setStale(bool stale);
     // Lets the window close for real (the program is ending); until then closing hides it.
     void unload();
 

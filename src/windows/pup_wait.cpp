@@ -2,6 +2,7 @@
 
 #include "config/connection_select.h"
 #include "link/link_control.h"
+#include "link/port_status.h"
 #include "platform/key_state.h"
 #include "platform/program_windows.h"
 #include "platform/qt_guard.h"
@@ -9,6 +10,7 @@
 #include "windows/velmor_logo.h"
 
 #include <QCloseEvent>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPushButton>
@@ -18,8 +20,8 @@
 namespace kdx {
 
 PUPWait::PUPWait(LinkControl& link, ConnectionSelect& connection, QuitRequester& quit, const KeyState& keys,
-                 QWidget* parent)
-    : QWidget(parent, Qt::Window), link_(link), connection_(connection), quit_(quit), keys_(keys)
+                 PortStatus& ports, QWidget* parent)
+    : QWidget(parent, Qt::Window), link_(link), connection_(connection), quit_(quit), keys_(keys), ports_(ports)
 {
     setObjectName("PUPWait");
     setWindowTitle("VELMOR Brushless Driver");
@@ -35,10 +37,31 @@ PUPWait::PUPWait(LinkControl& link, ConnectionSelect& connection, QuitRequester&
     Label1->setObjectName("Label1");
     Label1->setAlignment(Qt::AlignCenter);
     layout->addWidget(Label1);
+    portLine = new QLabel(this);
+    portLine->setObjectName("portLine");
+    portLine->setAlignment(Qt::AlignCenter);
+    portLine->setWordWrap(true);
+    portLine->setTextInteractionFlags(Qt::TextSelectableByMouse); // the hint's command can be copied
+    layout->addWidget(portLine);
+
+    auto* buttons = new QHBoxLayout;
+    choosePortButton = new QPushButton("Choose port...", this);
+    choosePortButton->setObjectName("choosePortButton");
+    connect(choosePortButton, &QPushButton::clicked, this, [this] { guarded("choosePort_Click", [&] { choosePort_Click(); }); });
+    openWithoutModuleButton = new QPushButton("Open without a module", this);
+    openWithoutModuleButton->setObjectName("openWithoutModuleButton");
+    openWithoutModuleButton->setToolTip("Open the working windows to look at files and settings");
+    connect(openWithoutModuleButton, &QPushButton::clicked, this,
+            [this] { guarded("openWithoutModule_Click", [&] { openWithoutModule_Click(); }); });
     Quitcb = new QPushButton("Quit", this);
     Quitcb->setObjectName("Quitcb");
     connect(Quitcb, &QPushButton::clicked, this, [this] { guarded("Quitcb_Click", [&] { Quitcb_Click(); }); });
-    layout->addWidget(Quitcb, 0, Qt::AlignHCenter);
+    buttons->addWidget(choosePortButton);
+    buttons->addWidget(openWithoutModuleButton);
+    buttons->addWidget(Quitcb);
+    layout->addLayout(buttons);
+    // The window's title stays whole in the title bar.
+    setMinimumWidth(fontMetrics().horizontalAdvance(windowTitle()) + 160);
 
     InputSwitchTimer = new QTimer(this);
     InputSwitchTimer->setObjectName("InputSwitchTimer");
@@ -55,7 +78,20 @@ void PUPWait::InputSwitchTimer_Timer()
         connection_.KDXAxisSelcb_Click(0); // ask a Q-Vane for its Tilt axis
     }
     ListenForKDX = !ListenForKDX;
+    showPortLine(); // follows a port chosen meanwhile in the Comms Link window
 }
+
+void PUPWait::showPortLine()
+{
+    const std::string port = ports_.listeningPort();
+    const std::string text = port.empty() ? "No port open: " + ports_.portProblem() : "Listening on " + port;
+    const QString t = QString::fromStdString(text);
+    if (portLine->text() != t) portLine->setText(t);
+}
+
+void PUPWait::choosePort_Click() { ports_.showPortChoice(); }
+
+void PUPWait::openWithoutModule_Click() { connection_.SetDisplayVisible(); }
 
 void PUPWait::Image1_Click()
 {
@@ -69,6 +105,7 @@ void PUPWait::Quitcb_Click()
 
 void PUPWait::startWaiting()
 {
+    showPortLine();
     show();
     InputSwitchTimer->start();
 }

@@ -12,6 +12,7 @@ namespace kdx {
 class ConnectionSelect;
 class KeyState;
 class LinkControl;
+class PortStatus;
 class QuitRequester;
 
 class PUPWait : public QWidget {
@@ -19,7 +20,7 @@ class PUPWait : public QWidget {
 public:
     // All must outlive the window.
     PUPWait(LinkControl& link, ConnectionSelect& connection, QuitRequester& quit, const KeyState& keys,
-            QWidget* parent = nullptr);
+            PortStatus& ports, QWidget* parent = nullptr);
 
     // Shows the window and probes every half second until stopWaiting.
     void startWaiting();
@@ -29,6 +30,12 @@ public:
     void InputSwitchTimer_Timer();
     void Image1_Click();
     void Quitcb_Click();
+    // "Choose port...": the Comms Link window.
+    void choosePort_Click();
+    // "Open without a module": the working windows, as a Shift+click on the logo.
+    void openWithoutModule_Click();
+    // Shows the port listened on, or why none is open.
+    void showPortLine();
     // Lets the window close for real (the program is ending).
     void unload();
 
@@ -36,6 +43,9 @@ public:
     QLabel* Label1 = nullptr;
     QLabel* Image1 = nullptr;
     QPushButton* Quitcb = nullptr;
+    QLabel* portLine = nullptr;
+    QPushButton* choosePortButton = nullptr;
+    QPushButton* openWithoutModuleButton = nullptr;
     QTimer* InputSwitchTimer = nullptr;
 
 protected:
@@ -47,6 +57,7 @@ private:
     ConnectionSelect& connection_;
     QuitRequester& quit_;
     const KeyState& keys_;
+    PortStatus& ports_;
     bool unloading_ = false;
 };
 

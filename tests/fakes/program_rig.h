@@ -12,6 +12,8 @@
 
 #include <QTimer>
 
+#include <functional>
+
 namespace kdx::test {
 
 struct ProgramRig {
@@ -28,9 +30,11 @@ struct ProgramRig {
     GraphWin& graph = program.graph;
     FakeScheduler timers{clock, {&comms, &debug, &logging, &main, &graph, &wait}};
 
-    // `takeStartupTick` false leaves the test timer's first tick to the test.
-    explicit ProgramRig(bool takeStartupTick = true)
+    // `takeStartupTick` false leaves the test timer's first tick to the test;
+    // `preparePort` sets the fake port up before the program scans it.
+    explicit ProgramRig(bool takeStartupTick = true, const std::function<void(FakeSerialPort&)>& preparePort = {})
     {
+        if (preparePort) preparePort(port);
         program.Form_Load();
         wait.InputSwitchTimer->stop();
         if (takeStartupTick) main.TestTmr_Timer(); // one idle test command, taken now, not at random
@@ -38,6 +42,15 @@ struct ProgramRig {
     }
     // Simulated time goes on by `ms`; every running timer of the program fires when due.
     void advance(int64_t ms) { timers.advance(ms); }
+
+    // The live-value labels catch up with the last message, as the display timer makes them.
+    void flushDisplay() { main.flushLiveDisplay(); }
+    // Delivers bytes and lets the display catch up.
+    void deliverAndShow(const std::vector<uint8_t>& bytes)
+    {
+        port.deliver(bytes);
+        flushDisplay();
+    }
 };
 
 } // namespace kdx::test

@@ -307,13 +307,13 @@ TEST(MainEntryWindow, TargetAndAxisButtonsFollowTheChoiceAndTheTelemetry)
     // A Q-Vane reporting Roll with no valid command input: the wait goes on. It reports
     // one motor, so the tuning window offers one.
     const QColor kRedFace(255, 0, 0);
-    r.port.deliver(CyclicBytes::relayed().byte(2, 1).frame());
+    r.deliverAndShow(CyclicBytes::relayed().byte(2, 1).frame());
     EXPECT_EQ(lit(), "-G-");
     EXPECT_TRUE(r.wait.isVisible());
     EXPECT_FALSE(r.main.isVisible());
     EXPECT_EQ(face(r.graph.InputValidInd), kRedFace);
     EXPECT_TRUE(r.graph.MotorSelcb[1]->isHidden());
-    r.port.deliver(CyclicBytes::relayed().byte(2, 1).byte(20, 32).frame()); // Spektrum, Roll's input, valid
+    r.deliverAndShow(CyclicBytes::relayed().byte(2, 1).byte(20, 32).frame()); // Spektrum, Roll's input, valid
     EXPECT_FALSE(r.wait.isVisible());
     EXPECT_TRUE(r.main.isVisible());
     EXPECT_TRUE(r.graph.isVisible());

@@ -158,6 +158,7 @@ int main(int argc, char** argv)
         if (ms % 40 == 0 && graph.model().gains().gainMsgEnabled()) graph.GainMsgTmr_Timer();
         if (ms % 200 == 0) rig.comms.Comms2Timeout_Timer();
         if (ms % 250 == 0) logging.FlushTimer_Timer();
+        if (ms % MainEntry::LiveDisplayMs == 0) rig.flushDisplay();
         if (ms % 500 == 0) {
             rig.comms.CommsTimeout_Timer();
             rig.main.CommsQualityTmr_Timer();

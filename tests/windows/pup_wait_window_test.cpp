@@ -3,6 +3,7 @@
 #include "tuning/graph_win_model.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QLabel>
 #include <QPushButton>
@@ -73,6 +74,61 @@ TEST(PUPWaitWindow, StandsCentredOverTheMainWindowWhichAShiftClickBringsUpThere)
     ASSERT_TRUE(r.main.isVisible());
     ASSERT_GT(r.main.width(), wait.width());
     EXPECT_LE((wait.center() - r.main.geometry().center()).manhattanLength(), 1);
+}
+
+// The wait window says which port it listens on, or why none is open, so a user who
+// sees nothing arrive knows where to look.
+TEST(PUPWaitWindow, SaysWhichPortItListensOnOrWhyNoneIsOpen)
+{
+    const std::string hint = "Permission denied (add your user to the dialout group: sudo usermod -aG dialout "
+                             "$USER, then log in again)";
+    struct Case {
+        std::vector<std::string> ports;
+        std::vector<std::string> refused;
+        std::string line;
+    };
+    const Case cases[] = {
+        {{"/dev/ttyUSB0", "/dev/ttyUSB1"}, {}, "Listening on /dev/ttyUSB0"},
+        {{"/dev/ttyUSB0", "/dev/ttyUSB1"}, {"/dev/ttyUSB0"}, "No port open: /dev/ttyUSB0: " + hint},
+        {{"/dev/ttyS0"}, {"/dev/ttyS0"}, "No port open: /dev/ttyS0: " + hint},
+        {{}, {}, "No port open: no serial port found"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.line);
+        Rig r(true, [&](FakeSerialPort& port) {
+            port.ports = c.ports;
+            port.refuse = {c.refused.begin(), c.refused.end()};
+            port.refuseReason = hint;
+        });
+        ASSERT_TRUE(r.wait.isVisible());
+        EXPECT_EQ(r.wait.portLine->text().toStdString(), c.line);
+        EXPECT_TRUE(r.dialogs.boxes.empty()); // the scan's refusals are told here, not in boxes
+    }
+}
+
+TEST(PUPWaitWindow, ThePortLineFollowsAPortChosenInTheCommsLinkWindow)
+{
+    Rig r(true, [](FakeSerialPort& port) { port.refuse = {"/dev/ttyUSB0"}; });
+    ASSERT_EQ(r.wait.portLine->text().toStdString(), "No port open: /dev/ttyUSB0: Permission denied");
+    QTest::mouseClick(r.wait.choosePortButton, Qt::LeftButton);
+    ASSERT_TRUE(r.comms.isVisible());
+    EXPECT_FALSE(r.comms.geometry().intersects(r.wait.geometry())) << "the Comms Link window hides no part of the wait window";
+    r.comms.CommsPortob_Click(1);
+    r.wait.InputSwitchTimer_Timer();
+    EXPECT_EQ(r.wait.portLine->text().toStdString(), "Listening on /dev/ttyUSB1");
+    EXPECT_TRUE(r.wait.isVisible()); // still waiting for a module
+}
+
+TEST(PUPWaitWindow, OpenWithoutAModuleBringsUpTheWorkingWindowsAsAShiftClickDoes)
+{
+    Rig r;
+    QTest::mouseClick(r.wait.openWithoutModuleButton, Qt::LeftButton); // no Shift needed
+    EXPECT_FALSE(r.wait.isVisible());
+    EXPECT_FALSE(r.wait.InputSwitchTimer->isActive());
+    EXPECT_TRUE(r.main.isVisible());
+    EXPECT_TRUE(r.graph.isVisible());
+    EXPECT_TRUE(r.logging.isVisible());
+    EXPECT_TRUE(r.port.written.empty()); // nothing asked of a module that is not there
 }
 
 TEST(MainEntryQuit, EveryWayOutAsksOnceAndClosesThePortAndTheLogOnlyWhenTheUserAgrees)
@@ -194,5 +250,32 @@ TEST(MainEntryStartup, AFileOnTheCommandLineThatCannotBeReadIsReportedAndTheProg
         const std::string& prompt = r.dialogs.boxes[0].prompt;
         EXPECT_EQ(prompt.substr(prompt.size() - 16), ": Is a directory") << prompt;
         EXPECT_FALSE(r.main.GetGainsHaveBeenLoaded());
+    }
+}
+
+// Ctrl+Q goes through the one quit decision from whichever window has the focus, the
+// wait window included, whatever the platform's own quit key.
+TEST(MainEntryQuit, CtrlQAsksAndQuitsFromEveryWindow)
+{
+    enum class Where { Wait, Main, Tuning, Logging };
+    for (Where where : {Where::Wait, Where::Main, Where::Tuning, Where::Logging}) {
+        SCOPED_TRACE(int(where));
+        Rig r;
+        if (where != Where::Wait) r.port.deliver(CyclicBytes::direct().frame());
+        QWidget* w = where == Where::Wait ? static_cast<QWidget*>(&r.wait)
+                   : where == Where::Main ? static_cast<QWidget*>(&r.main)
+                   : where == Where::Tuning ? static_cast<QWidget*>(&r.graph) : static_cast<QWidget*>(&r.logging);
+        ASSERT_TRUE(w->isVisible());
+        w->activateWindow();
+        QApplication::setActiveWindow(w);
+        r.main.config().SetDataModified(true);
+        r.dialogs.answers.push_back(Answer::No);
+        QTest::keyClick(w, Qt::Key_Q, Qt::ControlModifier);
+        ASSERT_EQ(r.dialogs.boxes.size(), 1u);
+        EXPECT_EQ(r.dialogs.boxes[0].title, "Tuning Data Modified");
+        EXPECT_FALSE(r.program.Ended());
+        r.dialogs.answers.push_back(Answer::Yes);
+        QTest::keyClick(w, Qt::Key_Q, Qt::ControlModifier);
+        EXPECT_TRUE(r.program.Ended());
     }
 }
