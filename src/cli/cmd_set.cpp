@@ -184,8 +184,7 @@ int runSet(const Arguments& args, CommandIo& io)
     MemoryImage result = original;
     for (const ParamField* field : changed) {
         for (int k = 0; k < field->bytes; ++k) {
-            const int index = layout::MotorBlockSize * m + field->offset + k; // below the image size
-            const auto i = static_cast<std::size_t>(index);
+            const auto i = static_cast<std::size_t>(layout::MotorBlockSize * m + field->offset + k);
             const int mask = field->bytes == 2 ? 0xFF : field->mask;
             result[i] = static_cast<int16_t>((lowByte(result[i]) & ~mask) | (lowByte(config.image()[i]) & mask));
         }
