@@ -13,6 +13,7 @@
 // anywhere prints the command's usage and succeeds; a usage error writes nothing to
 // standard output and changes no file.
 #include "cli/command.h"
+#include "cli/option_parser.h"
 #include "config/config_file.h"
 #include "fuzz_support.h"
 #include "link/frame.h"
@@ -26,6 +27,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 
@@ -126,9 +128,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     if (runsUntilStopped && code == 0 && std::find(args.begin(), args.end(), "--help") == args.end() &&
         std::find(args.begin(), args.end(), "-h") == args.end())
         fail("a command line ending in words no option takes was run");
-    if (code != 0 && said.rfind("kdxctl", 0) != 0 && said.rfind("usage: kdxctl", 0) != 0)
+    // Commands that take many files or ports say one line per input that failed; with
+    // many ports a table of every module comes first, and the last line sums it up.
+    const bool manyInputs = code == 1 && !args.empty() &&
+                            (args[0] == "analyse" || std::count(args.begin(), args.end(), "--port") > 1);
+    const std::size_t lastLine = said.empty() ? 0 : said.rfind('\n', said.size() - 2) + 1;
+    const std::string_view said0 = manyInputs ? std::string_view(said).substr(lastLine) : std::string_view(said);
+    if (code != 0 && said0.rfind("kdxctl", 0) != 0 && said0.rfind("usage: kdxctl", 0) != 0)
         fail("a failure does not say why on standard error");
-    if (code == 1 && said.find('\n') != said.size() - 1) fail("a failure takes more than one line");
+    if (code == 1 && !manyInputs && said.find('\n') != said.size() - 1) fail("a failure takes more than one line");
     if (code == 2) {
         if (!out.str().empty()) fail("a usage error wrote to standard output");
         if (snapshot() != before) fail("a usage error changed a file");
@@ -136,8 +144,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     if (args.size() > 1 && code == 0) {
         const bool help = std::find(args.begin() + 1, args.end(), "--help") != args.end() ||
                           std::find(args.begin() + 1, args.end(), "-h") != args.end();
-        for (const auto& c : cli::registry())
-            if (help && c.name == args[0] && out.str() != c.usage) fail("--help does not print the command's usage");
+        for (const auto& c : cli::commands())
+            if (help && c.name == args[0] && out.str() != cli::usageText(c.syntax))
+                fail("--help does not print the command's usage");
     }
     return 0;
 }

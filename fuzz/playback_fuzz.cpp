@@ -45,8 +45,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     Playback playback;
     std::vector<uint8_t> played; // since the last Start
     auto feed = [&](std::span<const uint8_t> bytes) {
-        played.insert(played.end(), bytes.begin(), bytes.end());
-        rx.receiveBytes(bytes);
+        const std::size_t taken = rx.receiveWhileFree(bytes);
+        played.insert(played.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(taken));
+        return taken;
     };
     auto kilobyte = [&](int32_t bytesPlayed) {
         if (bytesPlayed % playback::KiloByte != 0 || static_cast<std::size_t>(bytesPlayed) != played.size())
@@ -72,6 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
             if (script.remaining_bytes() == 0) playback.PlaybackPaused = false;
             slices = script.remaining_bytes() > 0 ? script.ConsumeIntegralInRange<int>(0, 3) : 1000000;
             const Playback::Tick tick = playback.tick(feed, kilobyte, [&] { return slices-- <= 0; });
+            if (tick.held) rx.CommsTimeout_Timer(); // the watchdog frees a held receiver
             if (tick.reachedEnd) {
                 if (played.size() != recording.size()) fail("the end came before every byte was played");
                 playback.close();
