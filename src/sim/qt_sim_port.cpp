@@ -27,8 +27,8 @@ std::vector<std::string> QtSimPort::availablePorts()
     std::vector<std::string> names;
     if (real_) names = real_->availablePorts();
     if (names.size() > 16) names.resize(16);
-    names.push_back(KdxName);
-    names.push_back(QVaneName);
+    names.emplace_back(KdxName);
+    names.emplace_back(QVaneName);
     return names;
 }
 
