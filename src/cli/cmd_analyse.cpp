@@ -4,6 +4,7 @@
 #include "cli/commands.h"
 #include "cli/option_parser.h"
 #include "cli/stdout_check.h"
+#include "cli/text_table.h"
 #include "tuning/sweep_file.h"
 #include "tuning/sweep_metrics.h"
 
@@ -179,23 +180,8 @@ void printTable(std::ostream& out, const std::vector<Row>& rows, Style style)
         }
         return;
     }
-    std::vector<std::size_t> width(header.size(), 0);
-    for (const auto& line : cells)
-        for (std::size_t i = 0; i < line.size(); ++i) width[i] = std::max(width[i], line[i].size());
-    for (const auto& line : cells) {
-        std::string text;
-        for (std::size_t i = 0; i < line.size(); ++i) {
-            const std::size_t pad = width[i] - line[i].size();
-            // The file and the words left-aligned, numbers right-aligned.
-            const bool left = i == 0 || kColumns[i - 1].yesNo;
-            if (i) text += "  ";
-            if (!left) text.append(pad, ' ');
-            text += line[i];
-            if (left) text.append(pad, ' ');
-        }
-        while (!text.empty() && text.back() == ' ') text.pop_back();
-        out << text << "\n";
-    }
+    // The file and the words left-aligned, numbers right-aligned.
+    printAligned(out, cells, [](std::size_t i) { return i == 0 || kColumns[i - 1].yesNo; });
 }
 
 // The whole file, or nothing with the reason in `error`.

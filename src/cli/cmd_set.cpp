@@ -182,13 +182,7 @@ int runSet(const Arguments& args, CommandIo& io)
     // Only the bytes of the parameters named change: the window's write would rewrite
     // every parameter, and some (a PWM count, for one) do not survive that unchanged.
     MemoryImage result = original;
-    for (const ParamField* field : changed) {
-        for (int k = 0; k < field->bytes; ++k) {
-            const auto i = static_cast<std::size_t>(layout::MotorBlockSize * m + field->offset + k);
-            const int mask = field->bytes == 2 ? 0xFF : field->mask;
-            result[i] = static_cast<int16_t>((lowByte(result[i]) & ~mask) | (lowByte(config.image()[i]) & mask));
-        }
-    }
+    for (const ParamField* field : changed) copyField(result, config.image(), *field, m);
     result[layout::ImageChecksum] = imageChecksum(result);
     if (const auto box = saveConfigFile(out, result, load.twoAxis())) return fail(out + ": " + box->prompt);
     io.out << "saved " << out << "\n";

@@ -16,6 +16,7 @@ const Command kCommands[] = {
     {"show", "prints the parameters of a .kdx or .bls configuration file", kShowSyntax, runShow},
     {"sim", "runs a simulated module on a pseudo-terminal or into a recording", kSimSyntax, runSim},
     {"trim", "writes the stretch of a recording between two marks to RECORDING_t", kTrimSyntax, runTrim},
+    {"tune", "searches for the gains that hold a motor best; writes no memory", kTuneSyntax, runTune},
     {"write", "writes a configuration file into modules and verifies each", kWriteSyntax, runWrite},
 };
 

@@ -17,6 +17,7 @@ extern const Syntax kShowSyntax;
 extern const Syntax kSetSyntax;
 extern const Syntax kSimSyntax;
 extern const Syntax kTrimSyntax;
+extern const Syntax kTuneSyntax;
 extern const Syntax kWriteSyntax;
 
 int runAnalyse(const Arguments& args, CommandIo& io);
@@ -29,6 +30,7 @@ int runShow(const Arguments& args, CommandIo& io);
 int runSet(const Arguments& args, CommandIo& io);
 int runSim(const Arguments& args, CommandIo& io);
 int runTrim(const Arguments& args, CommandIo& io);
+int runTune(const Arguments& args, CommandIo& io);
 int runWrite(const Arguments& args, CommandIo& io);
 
 } // namespace kdx::cli

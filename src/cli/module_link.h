@@ -40,6 +40,15 @@ public:
     bool writeAndVerify(const MemoryImage& image, std::string& error);
     // Whether a write message went out, so that the module may hold other data than before.
     bool wrote() const { return wrote_; }
+    // The selected Q-Vane axis (0 Tilt when none was selected).
+    int axis() const { return session_->axis(); }
+
+    // The line itself, for commands that talk to a connected module beyond its memory.
+    bool send(std::span<const uint8_t> bytes, std::string& error) { return serial_.write(bytes, error); }
+    bool receive(std::vector<uint8_t>& out, int timeoutMs, std::string& error)
+    {
+        return serial_.read(out, timeoutMs, error);
+    }
 
 private:
     std::string port_;

@@ -149,32 +149,46 @@ std::string axisCaption(double axis)
     return "Off";
 }
 
-std::string DriverConfig::caption(ParamLabel label, int motor) const
+double DriverConfig::value(ParamLabel label, int motor) const
 {
-    if (label == ParamLabel::DebIDtb) return Format(debugId_, "0");
+    if (label == ParamLabel::DebIDtb) return debugId_;
     const ParamSet& p = params_;
     auto f = [&](const auto& values) { return static_cast<double>(at(values, motor)); };
     switch (label) {
-    case ParamLabel::PTermtb: return Format(f(p.PTerm), "0");
-    case ParamLabel::IAngletb: return Format(f(p.IAngle), "0.00");
-    case ParamLabel::IRatetb: return Format(f(p.IRate), "0");
-    case ParamLabel::DTermtb: return Format(f(p.DTerm), "0");
-    case ParamLabel::Powertb: return Format(f(p.StaticPower), "0.0");
-    case ParamLabel::PowerHitb: return Format(f(p.DynamicPower), "0.0");
-    case ParamLabel::PowerErrortb: return Format(f(p.PowerErrorAngle), "0.00");
-    // Whole kHz only, with a ".0" that is always zero.
-    case ParamLabel::Freqtb: return Format(Int(f(p.PwmFreqHz) / 1000.0), "0.0");
-    case ParamLabel::Gaintb: return Format(f(p.GainPerc), "0");
-    case ParamLabel::RecoveryAngletb: return Format(f(p.RecoveryAngle), "0");
-    case ParamLabel::Polestb: return Format(f(p.Poles), "0");
-    case ParamLabel::Ratiotb:
-        return f(p.DriveRatio) == 1.0 ? std::string("1:1") : Format(f(p.DriveRatio), "0.0") + ":1";
-    case ParamLabel::Axistb: return axisCaption(f(p.QVaneAxis));
-    case ParamLabel::FPTrimtb: return Format(f(p.FixedPosTrim), "0");
-    case ParamLabel::DTermLimittb: return Format(f(p.DTermLimit), "0");
+    case ParamLabel::PTermtb: return f(p.PTerm);
+    case ParamLabel::IAngletb: return f(p.IAngle);
+    case ParamLabel::IRatetb: return f(p.IRate);
+    case ParamLabel::DTermtb: return f(p.DTerm);
+    case ParamLabel::Powertb: return f(p.StaticPower);
+    case ParamLabel::PowerHitb: return f(p.DynamicPower);
+    case ParamLabel::PowerErrortb: return f(p.PowerErrorAngle);
+    case ParamLabel::Freqtb: return f(p.PwmFreqHz);
+    case ParamLabel::Gaintb: return f(p.GainPerc);
+    case ParamLabel::RecoveryAngletb: return f(p.RecoveryAngle);
+    case ParamLabel::Polestb: return f(p.Poles);
+    case ParamLabel::Ratiotb: return f(p.DriveRatio);
+    case ParamLabel::Axistb: return f(p.QVaneAxis);
+    case ParamLabel::FPTrimtb: return f(p.FixedPosTrim);
+    case ParamLabel::DTermLimittb: return f(p.DTermLimit);
     case ParamLabel::DebIDtb: break;
     }
-    return {};
+    return 0;
+}
+
+std::string DriverConfig::caption(ParamLabel label, int motor) const
+{
+    const double v = value(label, motor);
+    switch (label) {
+    case ParamLabel::IAngletb:
+    case ParamLabel::PowerErrortb: return Format(v, "0.00");
+    case ParamLabel::Powertb:
+    case ParamLabel::PowerHitb: return Format(v, "0.0");
+    // Whole kHz only, with a ".0" that is always zero.
+    case ParamLabel::Freqtb: return Format(Int(v / 1000.0), "0.0");
+    case ParamLabel::Ratiotb: return v == 1.0 ? std::string("1:1") : Format(v, "0.0") + ":1";
+    case ParamLabel::Axistb: return axisCaption(v);
+    default: return Format(v, "0");
+    }
 }
 
 float DriverConfig::GetP(int motor) const { return at(params_.PTerm, motor); }

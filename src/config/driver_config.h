@@ -55,6 +55,8 @@ public:
 
     // The caption the label shows for a motor (DebIDtb ignores the motor).
     std::string caption(ParamLabel label, int motor) const;
+    // The parameter-set value behind the label, exactly as held (Hz for Freqtb).
+    double value(ParamLabel label, int motor) const;
 
     // Gain accessors for the tuning window. Motor other than 0/1 raises the subscript
     // error. Every setter stores a 32-bit float and refreshes; only PutP also marks the

@@ -33,4 +33,13 @@ int fieldRaw(const MemoryImage& image, const ParamField& field, int motor)
     return field.bytes == 2 ? at(0) + 256 * at(1) : at(0) & field.mask;
 }
 
+void copyField(MemoryImage& to, const MemoryImage& from, const ParamField& field, int motor)
+{
+    const int mask = field.bytes == 2 ? 0xFF : field.mask;
+    for (int k = 0; k < field.bytes; ++k) {
+        const auto i = static_cast<std::size_t>(layout::MotorBlockSize * motor + field.offset + k);
+        to[i] = static_cast<int16_t>((lowByte(to[i]) & ~mask) | (lowByte(from[i]) & mask));
+    }
+}
+
 } // namespace kdx

@@ -64,4 +64,8 @@ std::string fieldValue(const DriverConfig& config, const ParamField& field, int 
 // elements, low byte first, masked.
 int fieldRaw(const MemoryImage& image, const ParamField& field, int motor);
 
+// Copies a field's bits of a motor block from one image to another as bytes (low 8 bits
+// of each element); the other bits of a shared byte stay as `to` has them.
+void copyField(MemoryImage& to, const MemoryImage& from, const ParamField& field, int motor);
+
 } // namespace kdx

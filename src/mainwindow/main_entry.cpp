@@ -3,6 +3,7 @@
 #include "config/config_file.h"
 #include "config/entry_commands.h"
 #include "config/memory_transfer.h"
+#include "mainwindow/change_markers.h"
 #include "core/colour.h"
 #include "core/host_numeric.h"
 #include "link/message_ids.h"
@@ -59,6 +60,7 @@ MainEntry::MainEntry(const Peers& peers, QWidget* parent) : QMainWindow(parent),
     setWindowTitle(kCaption);
     buildControls();
     buildMenus();
+    buildChecks();
     paintFace(WriteConfigcb, colours::LightGrey); // nothing to write before a read, load or edit
     setFormWidthTwips(TwoMotorWidthTwips);
 
@@ -236,6 +238,7 @@ void MainEntry::noteMemoryReply()
 {
     UnrequestedReplylb->setVisible(!memoryRequestPending_);
     memoryRequestPending_ = false;
+    changeMarkers_->takeReport(config_);
 }
 
 void MainEntry::SetDataModified(bool flag)
@@ -254,9 +257,7 @@ bool MainEntry::ConfirmReadOverChanges()
 
 void MainEntry::LoadConfigcb_Click()
 {
-    if (peers_.dialogs.MsgBox(std::string(configfile::ConfirmLoadPrompt), box::YesNo,
-                            std::string(configfile::ConfirmLoadTitle)) != Answer::Yes)
-        return;
+    if (!confirmLoad()) return;
     FileDialogRequest r;
     r.title = "Load Configuration";
     r.filter = std::string(TargetIsQVane ? configfile::LoadFilterQVane : configfile::LoadFilterDirect);
@@ -269,13 +270,13 @@ void MainEntry::LoadConfigcb_Click()
 
 void MainEntry::StartLoadOnInit(const std::string& path) { loadConfigFrom(path); }
 
-void MainEntry::loadConfigFrom(const std::string& path)
+bool MainEntry::loadConfigFrom(const std::string& path)
 {
     const ConfigLoad load = loadConfigFile(path, TargetIsQVane);
     bool second = false;
     if (load.status == ConfigLoadStatus::Failed) {
         peers_.dialogs.MsgBox(load.box.prompt, load.box.style, load.box.title);
-        return;
+        return false;
     }
     if (load.status == ConfigLoadStatus::AskMotor)
         second = peers_.dialogs.MsgBox(load.box.prompt, load.box.style, load.box.title) != Answer::Yes;
@@ -284,6 +285,7 @@ void MainEntry::loadConfigFrom(const std::string& path)
     config_.acceptNewImage();
     MemReqtb->setText("Loaded");
     MemReqtb->setToolTip(QString::fromStdString("Loaded from " + path + "; Write to send it to the module"));
+    return true;
 }
 
 void MainEntry::SaveConfigcb_Click()
@@ -326,6 +328,7 @@ void MainEntry::RefreshParamDisplay()
         }
     }
     DebIDtb->setCaption(QString::number(config_.debugId()));
+    if (changeMarkers_) changeMarkers_->show(config_);
 }
 
 void MainEntry::ParamLabel_Click(ParamLabel l, int index)
@@ -339,12 +342,15 @@ void MainEntry::ParamLabel_Click(ParamLabel l, int index)
     const float current = entryCurrentValue(config_, *command, index);
     const std::string answer = peers_.dialogs.InputBox(std::string(command->prompt), std::string(kEntryTitle),
                                                      askValueDefault(current));
-    applyEntry(config_, *command, index, AskValueResult(current, answer));
+    const float value = AskValueResult(current, answer);
+    applyEntry(config_, *command, index, value);
+    if (!answer.empty()) warnRoundTrip(*command, index, value); // Cancel enters nothing
 }
 
 void MainEntry::Reversecb_Click(int index)
 {
     config_.Reversecb_Click(index, Reversecb[static_cast<std::size_t>(index)]->isChecked());
+    changeMarkers_->show(config_);
 }
 
 void MainEntry::Voltagetb_Click()

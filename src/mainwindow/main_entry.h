@@ -35,9 +35,11 @@ class QTimer;
 
 namespace kdx {
 
+class ChangeMarkers;
 class ClickLabel;
 class DebugChannel;
 class Dialogs;
+struct EntryCommand;
 class KeyState;
 class TelemetryLog;
 class TuningDisplay;
@@ -195,6 +197,13 @@ public:
 
     ClickLabel* label(ParamLabel l, int motor) { return paramLabels.at(l)[static_cast<std::size_t>(motor)]; }
 
+    // ---- checks on the configuration: change marks, Compare with File, round-trip warnings
+    // File, Compare with File...: a backup file against the configuration on screen.
+    void mnuCompare_Click();
+    QAction* mnuCompare = nullptr;
+    // The marks beside the values that differ from what the module last reported.
+    ChangeMarkers& changeMarkers() { return *changeMarkers_; }
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
@@ -209,7 +218,8 @@ private:
     void noteMemoryReply();
     void SetDataModified(bool flag);
     bool ConfirmReadOverChanges();
-    void loadConfigFrom(const std::string& path);
+    // Loads a backup file, asking which motor where needed; true when it loaded.
+    bool loadConfigFrom(const std::string& path);
     void ShowVersion(int major, int minor);
     void ShowQVaneAxis(int axis);
     void SetTargetIsQVane(bool value);
@@ -262,6 +272,15 @@ private:
     bool memoryRequestPending_ = false; // a read or write waits for its answer
     TestMode testMode_;
     std::optional<bool> motorOneShown_; // as the last direct message or target change left them
+
+    // ---- checks on the configuration (main_entry_checks.cpp)
+    void buildChecks();
+    // Asks before a file replaces the configuration; true for Yes.
+    bool confirmLoad();
+    // After an entry: says in the status bar when the value will not read back as entered.
+    void warnRoundTrip(const EntryCommand& command, int motor, float value);
+    std::unique_ptr<ChangeMarkers> changeMarkers_;
+    QString roundTripWarning_; // the status bar's message while it is ours
 };
 
 } // namespace kdx

@@ -30,18 +30,29 @@ void GainPanel::ValueTb_Click(Gain which)
 {
     const GainEntry& e = gainEntry(which);
     if (e.needsActive && !TuningActive_) return;
-    float& value = values_[which];
+    const float value = values_[which];
     // Kept as designed: the default is the whole-number rounding, so an empty reply (or
     // Cancel) rounds the value (an I angle of 3.5 becomes 4).
     const std::string proposed = Format(CLng(value), "0.0");
     const std::string reply =
         dialogs_.InputBox(std::string(e.prompt), std::string(tuning_text::EntryTitle), proposed);
-    const double result = Val(reply.empty() ? proposed : reply);
-    if (result >= e.min && result <= e.max) {
-        value = toSingle(result);
-        if (which == Gain::V1 || which == Gain::V2) VoltageOffset_ = values_.V2 - values_.V1;
-    }
+    accept(which, Val(reply.empty() ? proposed : reply));
     RefreshDisplay();
+}
+
+void GainPanel::EnterValue(Gain which, double value)
+{
+    if (gainEntry(which).needsActive && !TuningActive_) return;
+    accept(which, value);
+    RefreshDisplay();
+}
+
+void GainPanel::accept(Gain which, double result)
+{
+    const GainEntry& e = gainEntry(which);
+    if (!(result >= e.min && result <= e.max)) return;
+    values_[which] = toSingle(result);
+    if (which == Gain::V1 || which == Gain::V2) VoltageOffset_ = values_.V2 - values_.V1;
 }
 
 void GainPanel::Inccb_Click(Gain which, int index) { step(which, index, +1); }

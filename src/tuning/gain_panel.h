@@ -71,6 +71,8 @@ public:
 
     // A click on a value label: the entry prompt, a range check, the display refresh.
     void ValueTb_Click(Gain which);
+    // A value put in as if typed at its prompt: kept only within the prompt's range.
+    void EnterValue(Gain which, double value);
     // Step buttons; index 0 is the fine step, 1 the coarse one.
     void Inccb_Click(Gain which, int index);
     void Deccb_Click(Gain which, int index);
@@ -108,6 +110,7 @@ public:
 
 private:
     void step(Gain which, int index, double sign);
+    void accept(Gain which, double typed);
     void applyGainClamp();
     void applyGClamp();
     void takeFromMain();

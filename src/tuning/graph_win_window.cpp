@@ -1,5 +1,7 @@
 #include "tuning/graph_win_window.h"
 
+#include "tuning/guide_panel_window.h"
+
 #include "core/colour.h"
 #include "widgets/click_label.h"
 #include "platform/program_windows.h"
@@ -336,6 +338,8 @@ void GraphWin::buildGainPanel(QWidget* parent)
                          [this] { Revertcb_Click(); });
     SaveGaincb = addButton(Gainfr, actions, qs(tuning_text::UpdateConfigCaption), "SaveGaincb",
                            tuning_text::UpdateConfigTip, [this] { SaveGaincb_Click(); });
+    Guidecb = addButton(Gainfr, actions, "Guide...", "Guidecb", "Lets the program search for good gains, safely",
+                        [this] { Guidecb_Click(); });
     grid->addLayout(actions, 1 + kGainCount, 0, 1, 7);
 }
 
@@ -443,6 +447,7 @@ void GraphWin::showAll()
 
 void GraphWin::PutSample(int motor, float rate, float error)
 {
+    if (guide_) guide_->putSample(motor, rate, error);
     model_->PutSample(motor, rate, error);
     showCapture();
 }
@@ -455,6 +460,7 @@ void GraphWin::SetEnable(bool flag)
 
 void GraphWin::PutCommsJustWentBad()
 {
+    if (guide_) guide_->linkLost();
     disconnectedBox_.post([this] { model_->PutCommsJustWentBad(config_.GetDataModified()); });
 }
 
@@ -543,8 +549,16 @@ void GraphWin::mnuClose_Click()
 
 void GraphWin::GainMsgTmr_Timer()
 {
+    if (guide_ && guide_->gainMsgTick()) return; // the guide's candidate goes instead
     const GainSet& v = model_->gains().values();
     drive_.SendPID(v.P, v.I, v.IA, v.D, v.G, v.V1, v.V2, model_->gains().MotorIndex());
+}
+
+void GraphWin::Guidecb_Click()
+{
+    if (!guide_) guide_ = std::make_unique<GuidePanel>(model_->gains(), drive_, [this] { showGains(); }, this);
+    guide_->show();
+    guide_->raise();
 }
 
 void GraphWin::Form_KeyDown(int keyCode)

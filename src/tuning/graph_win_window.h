@@ -36,6 +36,7 @@ class ProgramWindows;
 class QuitRequester;
 class GraphView;
 class GraphWinModel;
+class GuidePanel;
 
 class GraphWin : public QMainWindow, public TuningDisplay, public LinkLossListener {
     Q_OBJECT
@@ -90,6 +91,8 @@ public:
     void Revertcb_Click();
     void SaveGaincb_Click();
     void MotorSelcb_Click(int index);
+    // Opens the guided tuning panel.
+    void Guidecb_Click();
     void SaveTracecb_Click();
     void LoadTracecb_Click();
     void mnuSaveTrace_Click() { SaveTracecb_Click(); }
@@ -137,6 +140,7 @@ public:
     QCheckBox* LockVcb = nullptr;
     QPushButton* Revertcb = nullptr;
     QPushButton* SaveGaincb = nullptr;
+    QPushButton* Guidecb = nullptr;
     std::array<QPushButton*, 2> MotorSelcb{};
 
     QGroupBox* MemoryFr = nullptr;
@@ -186,6 +190,7 @@ private:
     std::optional<bool> shownInputValid_;
     std::array<QWidget*, 2> labelColumn_{}; // hold Y1lb left of the graph, Y2lb right of it
     PostedBox disconnectedBox_{this}; // raised by the link's watchdog timer
+    std::unique_ptr<GuidePanel> guide_;
 };
 
 } // namespace kdx
