@@ -2,7 +2,8 @@
 //  - one new sample as the capture draws it with "Disp Clear" off (the cursor, two
 //    erased and two new segments), with the painter kept open between samples as it is
 //    between screen frames, and with a painter begun and ended for every sample;
-//  - the same through the whole capture path, the two redraws per sweep included;
+//  - the same through the whole capture path, the two redraws per sweep included, without
+//    and with a 60 s reference sweep pinned behind the live traces;
 //  - a full redraw of a 60 s sweep (6001 samples, 12000 segments, grid, labels);
 //  - the widget's blit of the image to the screen.
 // Run offscreen; figures are for comparison within one run.
@@ -16,6 +17,7 @@
 
 #include <cmath>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -77,11 +79,21 @@ BENCHMARK(BM_NewSampleDrawing)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
 // Steady repeat capture of 10 s sweeps through the model, both motors per message as the
 // telemetry decoder reports them, "Disp Clear" off; the two redraws per sweep (half time
-// and one sample before the end) are included, amortised over the sweep.
+// and one sample before the end) are included, amortised over the sweep. Argument 1:
+// a 60 s sweep is pinned as the reference, so every redraw draws it too.
 void BM_CaptureSampleOnImage(benchmark::State& state)
 {
     Rig rig;
     rig.model->capture().DisplayClearcb_Click(); // off
+    if (state.range(0) == 1) {
+        std::vector<float> rate(kTraceLength), error(kTraceLength);
+        for (int i = 0; i < kTraceLength; ++i) {
+            rate[i] = static_cast<float>(25 * std::sin(i * 0.013));
+            error[i] = static_cast<float>(1.5 * std::cos(i * 0.021));
+        }
+        rig.model->review().setCurrent(rate, error, GainSet{});
+        rig.model->review().Pin();
+    }
     long long n = 0;
     for (auto _ : state) {
         const double t = static_cast<double>(n++) * 0.01;
@@ -93,7 +105,7 @@ void BM_CaptureSampleOnImage(benchmark::State& state)
     rig.canvas.flush();
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_CaptureSampleOnImage)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_CaptureSampleOnImage)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
 // RedrawTraces of a full 60 s sweep, the image complete (painter ended) at the end.
 void BM_RedrawFullSweep(benchmark::State& state)

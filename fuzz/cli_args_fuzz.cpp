@@ -130,8 +130,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
         fail("a command line ending in words no option takes was run");
     // Commands that take many files or ports say one line per input that failed; with
     // many ports a table of every module comes first, and the last line sums it up.
-    const bool manyInputs = code == 1 && !args.empty() &&
-                            (args[0] == "analyse" || std::count(args.begin(), args.end(), "--port") > 1);
+    const auto ports = std::count_if(args.begin(), args.end(),
+                                     [](const std::string& a) { return a == "--port" || a.rfind("--port=", 0) == 0; });
+    const bool manyInputs = code == 1 && !args.empty() && (args[0] == "analyse" || ports > 1);
     const std::size_t lastLine = said.empty() ? 0 : said.rfind('\n', said.size() - 2) + 1;
     const std::string_view said0 = manyInputs ? std::string_view(said).substr(lastLine) : std::string_view(said);
     if (code != 0 && said0.rfind("kdxctl", 0) != 0 && said0.rfind("usage: kdxctl", 0) != 0)

@@ -26,6 +26,7 @@ Application::Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, Log
 {
     comms.setMessageSink(&main);
     comms.setLinkLossListener(&graph);
+    main.afterReveal = [this] { comms.keepInViewWhilePlaying(); }; // a recording playing keeps its controls at hand
     logging.setHeaderProvider([this] { return main.GetTelemetryFileTitles(); });
     debug.Form_Load();
     logging.Form_Load();
@@ -42,6 +43,15 @@ void Application::openCommandLineFile(const std::string& path)
     // The main window takes the file as the command line carries it: in double quotes.
     const bool quoted = path.size() >= 2 && path.front() == '"' && path.back() == '"';
     main.handleCommandLine(quoted ? path : '"' + path + '"');
+}
+
+StatusInputs Application::statusInputs() const
+{
+    return StatusInputs{.link = comms.linkStatus(),
+                        .qvane = main.TargetIsQVane,
+                        .qvaneAxis = main.shownQVaneAxis(),
+                        .versionMajor = main.shownVersionMajor(),
+                        .versionMinor = main.shownVersionMinor()};
 }
 
 QWidget* Application::window(ProgramWindow w)

@@ -13,6 +13,7 @@
 #include "tuning/graph_win_window.h"
 #include "tuning/tuning_display.h"
 #include "windows/debug_display_window.h"
+#include "widgets/link_status_bar.h"
 #include "windows/pup_wait.h"
 
 #include <QString>
@@ -55,9 +56,13 @@ public:
     MainEntry main;
     GraphWin graph;
     PUPWait wait;
+    // The main window's status bar, on the link's state and the target the telemetry told.
+    LinkStatusBar statusBar{main.statusBar(), [this] { return statusInputs(); },
+                            [this] { return comms.receiver().goodMessages; }};
 
 private:
     QWidget* window(ProgramWindow w);
+    StatusInputs statusInputs() const;
     // ProgramWindows.
     void showWindow(ProgramWindow w) override;
     void hideWindow(ProgramWindow w) override;

@@ -7,6 +7,8 @@
 #include "platform/qt_key_state.h"
 #include "platform/qt_serial_port.h"
 #include "sim/qt_sim_port.h"
+#include "tuning/graph_win_model.h"
+#include "tuning/sweep_panel_window.h"
 #include "windows/velmor_logo.h"
 
 #include <QApplication>
@@ -20,9 +22,14 @@
 
 namespace {
 
-// How long the simulated module runs before the pictures are taken: enough for the
-// configuration read and a few seconds of the tuning sweep.
-constexpr int kScreenshotDelayMs = 6000;
+// How long the simulated module runs before the screenshot run starts tuning: enough
+// for the configuration read.
+constexpr int kScreenshotTuneMs = 2000;
+// The tuning window's picture pins a sweep at a P lowered by this many coarse steps
+// as the reference; the run ends when a sweep at the restored P has closed, or after
+// the limit.
+constexpr int kScreenshotPSteps = 7;
+constexpr int kScreenshotLimitMs = 30000;
 
 } // namespace
 
@@ -107,10 +114,40 @@ int main(int argc, char** argv)
     if (!files.isEmpty()) {
         kdx::guarded([&] { program.openCommandLineFile(files.first().toStdString()); });
     }
+    QTimer sweepWatch;
     if (!screenshotDir.isEmpty()) {
-        // As a user would: once the configuration is read, pick motor 1 for tuning.
-        QTimer::singleShot(kScreenshotDelayMs / 3, [&] { program.graph.MotorSelcb_Click(0); });
-        QTimer::singleShot(kScreenshotDelayMs, [&] { QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1); });
+        // As a user would: once the configuration is read, pick motor 1 for tuning with
+        // 4 s sweeps and a low P; pin a whole sweep at that P as the reference, put P back,
+        // let one whole sweep with it run as a single sweep, so that it stays on the graph,
+        // and take the pictures when it has closed.
+        kdx::GraphWin& graph = program.graph;
+        const kdx::SweepReview& review = graph.model().review();
+        int pinAfter = 0;
+        bool single = false;
+        QTimer::singleShot(kScreenshotTuneMs, [&] {
+            graph.MotorSelcb_Click(0);
+            graph.TraceDurationcb_Click(0);
+            for (int i = 0; i < kScreenshotPSteps; ++i) graph.Deccb_Click(kdx::Gain::P, 1);
+            pinAfter = review.sweepsTaken() + 2; // the sweep running now began at the old P
+        });
+        sweepWatch.setInterval(100);
+        QObject::connect(&sweepWatch, &QTimer::timeout, [&] {
+            if (pinAfter == 0) return;
+            if (!review.reference() && review.sweepsTaken() >= pinAfter) {
+                graph.SweepPanelfr->Pincb_Click();
+                for (int i = 0; i < kScreenshotPSteps; ++i) graph.Inccb_Click(kdx::Gain::P, 1);
+                pinAfter = review.sweepsTaken() + 2;
+            } else if (review.reference() && !single && review.sweepsTaken() >= pinAfter - 1) {
+                graph.NowTrigcb_Click(); // the sweep now running is the last
+                single = true;
+            } else if (review.reference() && review.sweepsTaken() >= pinAfter) {
+                sweepWatch.stop();
+                QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1);
+            }
+        });
+        sweepWatch.start();
+        // Without a module answering, the pictures are taken all the same.
+        QTimer::singleShot(kScreenshotLimitMs, [&] { QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1); });
     }
     const int rc = QCoreApplication::exec();
     program.comms.unload(); // the port is closed however the loop ended

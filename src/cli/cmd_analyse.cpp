@@ -1,10 +1,11 @@
-// kdxctl analyse: the tuning metrics of tuning files and telemetry logs, one line per
-// file, so the sweeps of a tuning session can be compared in a script.
+// kdxctl analyse: the tuning metrics of tuning files, exported sweeps and telemetry logs,
+// one line per file, so the sweeps of a tuning session can be compared in a script.
 #include "cli/command.h"
 #include "cli/commands.h"
 #include "cli/option_parser.h"
 #include "cli/stdout_check.h"
 #include "cli/text_table.h"
+#include "tuning/sweep_export.h"
 #include "tuning/sweep_file.h"
 #include "tuning/sweep_metrics.h"
 
@@ -36,9 +37,9 @@ const OptionSpec kOptions[] = {
 const Syntax kAnalyseSyntax{
     .synopsis = "usage: kdxctl analyse [--motor 1|2] [--tsv | --json] FILE...",
     .about = "Measures how well the gains hold the axis, one line per file, from the sweep\n"
-             "of a tuning file (.btf, the Tuning Display's Save) or the whole of a telemetry\n"
-             "log (the Data Logging window's or kdxctl decode's), told apart by their first\n"
-             "line. At 100 samples per second:\n"
+             "of a tuning file (.btf, the Tuning Display's Save) or of the Tuning Display's\n"
+             "CSV export, or the whole of a telemetry log (the Data Logging window's or\n"
+             "kdxctl decode's), told apart by their first line. At 100 samples per second:\n"
              "  err_rms, err_peak  RMS and largest absolute error (deg)\n"
              "  rate_rms           RMS of the rate (deg/s)\n"
              "  freq_hz, share     the rate's dominant frequency, and the share of its power\n"
@@ -51,7 +52,7 @@ const Syntax kAnalyseSyntax{
              "still analysed.",
     .options = kOptions,
     .positionals = {.min = 1, .max = INT_MAX, .missing = "no file given", .name = "FILE",
-                    .help = "a .btf tuning file or a telemetry log (.csv)"},
+                    .help = "a .btf tuning file, an exported sweep or a telemetry log (.csv)"},
     .helpColumn = 14,
     .example = "kdxctl analyse before.btf after.btf\n"
                "kdxctl analyse --motor 2 --json Run1.csv Run2.csv",
@@ -68,46 +69,8 @@ struct Row {
     SweepMetrics m;
 };
 
-std::string fixed(double v, int decimals)
-{
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%.*f", decimals, v);
-    return buf;
-}
-
-using Text = std::optional<std::string>; // nothing: the sweep has no such value
-
-Text number(std::optional<double> v, int decimals)
-{
-    if (!v) return std::nullopt;
-    return fixed(*v, decimals);
-}
-
-std::optional<double> stepField(const Row& r, std::optional<double> StepResponse::*field)
-{
-    return r.m.step ? *r.m.step.*field : std::nullopt;
-}
-
-struct Column {
-    const char* name;
-    Text (*text)(const Row& r);
-    bool yesNo = false; // "yes" or "no", left-aligned; true or false in JSON
-};
-
-const Column kColumns[] = {
-    {"samples", [](const Row& r) -> Text { return std::to_string(r.m.samples); }},
-    {"err_rms", [](const Row& r) { return number(r.m.errorRms, 3); }},
-    {"err_peak", [](const Row& r) { return number(r.m.errorPeak, 3); }},
-    {"rate_rms", [](const Row& r) { return number(r.m.rateRms, 2); }},
-    {"freq_hz", [](const Row& r) { return number(r.m.dominantHz, 2); }},
-    {"share", [](const Row& r) { return number(r.m.dominantHz ? std::optional(r.m.dominantShare) : std::nullopt, 2); }},
-    {"ringing", [](const Row& r) -> Text { return r.m.ringing ? "yes" : "no"; }, true},
-    {"steps", [](const Row& r) -> Text { return std::to_string(r.m.step ? r.m.step->steps : 0); }},
-    {"overshoot_pct",
-     [](const Row& r) { return number(r.m.step ? std::optional(r.m.step->overshootPercent) : std::nullopt, 1); }},
-    {"rise_s", [](const Row& r) { return number(stepField(r, &StepResponse::riseSeconds), 3); }},
-    {"settle_s", [](const Row& r) { return number(stepField(r, &StepResponse::settlingSeconds), 3); }},
-};
+// The columns: the metrics as the tuning window's panel and its CSV export name them.
+const auto& kColumns = kSweepMetricFields;
 
 std::string jsonString(const std::string& s)
 {
@@ -134,6 +97,7 @@ const char* sourceName(SweepSource s)
     case SweepSource::TuningFile: return "tuning file";
     case SweepSource::DirectLog: return "direct log";
     case SweepSource::QVaneLog: return "Q-Vane log";
+    case SweepSource::SweepExport: return "sweep export";
     }
     return "";
 }
@@ -143,8 +107,8 @@ void printJson(std::ostream& out, const Row& r)
     out << "{\"file\":" << jsonString(r.file) << ",\"source\":\"" << sourceName(r.sweep.source) << "\",\"motor\":";
     if (r.motor > 0) out << r.motor;
     else out << "null";
-    for (const Column& c : kColumns) {
-        const auto v = c.text(r);
+    for (const MetricField& c : kColumns) {
+        const auto v = c.text(r.m);
         out << ",\"" << c.name << "\":";
         if (!v) out << "null";
         else if (c.yesNo) out << (*v == "yes" ? "true" : "false");
@@ -156,7 +120,7 @@ void printJson(std::ostream& out, const Row& r)
     } else {
         const char* names[kGainCount] = {"P", "I", "IA", "D", "V1", "V2", "G"};
         for (std::size_t g = 0; g < kAllGains.size(); ++g)
-            out << (g ? "," : "{") << '"' << names[g] << "\":" << fixed((*r.sweep.gains)[kAllGains[g]], 2);
+            out << (g ? "," : "{") << '"' << names[g] << "\":" << fixedText((*r.sweep.gains)[kAllGains[g]], 2);
         out << "}";
     }
     out << "}\n";
@@ -166,11 +130,11 @@ void printTable(std::ostream& out, const std::vector<Row>& rows, Style style)
 {
     std::vector<std::vector<std::string>> cells;
     std::vector<std::string> header{"file"};
-    for (const Column& c : kColumns) header.emplace_back(c.name);
+    for (const MetricField& c : kColumns) header.emplace_back(c.name);
     cells.push_back(header);
     for (const Row& r : rows) {
         std::vector<std::string> line{r.file};
-        for (const Column& c : kColumns) line.push_back(c.text(r).value_or(style == Style::Tsv ? "" : "-"));
+        for (const MetricField& c : kColumns) line.push_back(c.text(r.m).value_or(style == Style::Tsv ? "" : "-"));
         cells.push_back(std::move(line));
     }
     if (style == Style::Tsv) {

@@ -188,6 +188,7 @@ void CommsLink::StartLogIn_Click()
     showDoingInFile(true);
     FileInputTimer->start();
     PlaybackBusy = false;
+    updateLinkState();
     // KProcessedlab keeps its caption until the next whole kilobyte.
 }
 
@@ -207,6 +208,7 @@ void CommsLink::StopLogIn_Click()
     if (PlaybackActive) rx_.ResetSync(); // the port feeds the receiver again, from a start byte
     PlaybackActive = false;
     if (playback_.PlaybackPaused) PauseLogIn_Click();
+    updateLinkState();
 }
 
 void CommsLink::Rateob_Click(int index)
@@ -217,6 +219,7 @@ void CommsLink::Rateob_Click(int index)
     playback_.PlaybackMaxRate = rate.maxRate;
     QRadioButton* b = Rateob[static_cast<std::size_t>(index)];
     if (!b->isChecked()) b->setChecked(true);
+    if (PlaybackActive) updateLinkState(); // the status shows the rate playing
 }
 
 void CommsLink::MarkStartcb_Click()

@@ -9,11 +9,13 @@
 #include "widgets/face_colour.h"
 
 #include <QCloseEvent>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopeGuard>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -67,14 +69,19 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     Frame1 = new QGroupBox("Valid Comms Ports", this);
     Frame1->setObjectName("Frame1");
-    auto* portsLayout = new QVBoxLayout(Frame1);
+    auto* portsLayout = new QGridLayout(Frame1);
     for (int i = 0; i < PortCount; ++i) {
         auto* b = new QRadioButton(QString("COM%1").arg(i + 1), Frame1);
         b->setObjectName(QString("CommsPortob%1").arg(i));
         b->setVisible(false);
-        portsLayout->addWidget(b);
+        portsLayout->addWidget(b, i, 0);
         connect(b, &QRadioButton::clicked, this, [this, i] { guarded([&] { CommsPortob_Click(i); }); });
         CommsPortob[static_cast<std::size_t>(i)] = b;
+        auto* details = new QLabel(Frame1);
+        details->setObjectName(QString("CommsPortlb%1").arg(i));
+        details->setVisible(false);
+        portsLayout->addWidget(details, i, 1);
+        CommsPortlb[static_cast<std::size_t>(i)] = details;
     }
     auto* top = new QHBoxLayout;
     top->addWidget(Frame1);
@@ -107,6 +114,10 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent)
     Comms2Timeout->setObjectName("Comms2Timeout");
     Comms2Timeout->setInterval(200);
     connect(Comms2Timeout, &QTimer::timeout, this, [this] { guarded([&] { Comms2Timeout_Timer(); }); });
+    reconnectTimer = new QTimer(this);
+    reconnectTimer->setObjectName("reconnectTimer");
+    reconnectTimer->setInterval(ReconnectCheckMs);
+    connect(reconnectTimer, &QTimer::timeout, this, [this] { guarded([&] { reconnectTick(); }); });
 
     FileInputTimer = new QTimer(this);
     FileInputTimer->setObjectName("FileInputTimer");
@@ -160,10 +171,14 @@ void CommsLink::PortScan()
 {
     ScanMsglb->setVisible(true);
     ScanMsglb->repaint(); // painted now, without re-entering the event loop
-    const std::string before = PortOpen ? portName(CurrentPort) : std::string();
+    // The port awaited since it vanished counts as the one in use.
+    const std::string before = PortOpen ? portName(CurrentPort) : watching_ ? openIdentity_.path : std::string();
     PortOpen = false;
     port_.close();
-    names_ = listedPorts(port_.availablePorts(), namedPorts_);
+    identities_ = port_.describePorts();
+    std::vector<std::string> system;
+    for (const PortIdentity& id : identities_) system.push_back(id.path);
+    names_ = listedPorts(std::move(system), namedPorts_);
     for (int p = 1; p <= PortCount; ++p) {
         bool ok = false;
         if (p <= static_cast<int>(names_.size())) {
@@ -173,11 +188,21 @@ void CommsLink::PortScan()
         }
         showPortButton(p, ok);
     }
-    // Reopen the port in use before the scan when it is still there.
+    // Reopen the port in use before the scan when it is still there. One still awaited
+    // is awaited on: opening whatever now holds its number would take another device.
     int reopen = CurrentPort;
+    bool found = false;
     for (int p = 1; p <= static_cast<int>(names_.size()); ++p)
-        if (!before.empty() && names_[static_cast<std::size_t>(p - 1)] == before) reopen = p;
-    SelectCommsPort(reopen);
+        if (!before.empty() && names_[static_cast<std::size_t>(p - 1)] == before) {
+            reopen = p;
+            found = true;
+        }
+    if (watching_ && !found) {
+        checkPortButton(0);
+        showStatus();
+    } else {
+        SelectCommsPort(reopen);
+    }
     ScanMsglb->setVisible(false);
 }
 
@@ -187,10 +212,11 @@ void CommsLink::showPortButton(int port, bool available)
     if (port <= static_cast<int>(names_.size())) {
         const std::string& name = names_[static_cast<std::size_t>(port - 1)];
         b->setText(shortName(name));
-        b->setToolTip(QString::fromStdString(name));
+        showPortDetails(port, identityOf(name));
     }
     PortAvailable[static_cast<std::size_t>(port)] = available;
     b->setVisible(available);
+    CommsPortlb[static_cast<std::size_t>(port - 1)]->setVisible(available);
     setForeColour(b, available ? colours::Green : colours::LightGrey);
 }
 
@@ -214,23 +240,41 @@ void CommsLink::SelectCommsPort(int port)
         checkPortButton(CurrentPort); // refused without a message, open or not
         return;
     }
+    stopWatch(); // a port chosen ends the wait for a vanished one
+    writeFailed_ = false;
     PortOpen = false;
     port_.close();
     std::string error;
     if (!port_.open(portName(port), error)) {
         checkPortButton(0);
         showStatus();
+        updateLinkState();
         dialogs_.MsgBox("Error opening comms port " + std::to_string(port) + " : " + error, box::Critical, "Comms Port");
         return;
     }
+    portOpened(port);
+}
+
+void CommsLink::portOpened(int port)
+{
     PortOpen = true;
     CurrentPort = port;
+    openIdentity_ = identityOf(portName(port));
+    goodAtOpen_ = rx_.goodMessages;
     rx_.ResetSync();
     checkPortButton(port);
     showStatus();
+    updateLinkState();
 }
 
 bool CommsLink::selectPortByName(const std::string& name)
+{
+    const int p = listPort(name);
+    SelectCommsPort(p);
+    return PortOpen && CurrentPort == p;
+}
+
+int CommsLink::listPort(const std::string& name)
 {
     if (std::find(namedPorts_.begin(), namedPorts_.end(), name) == namedPorts_.end()) namedPorts_.push_back(name);
     if (std::find(names_.begin(), names_.end(), name) == names_.end()) {
@@ -243,8 +287,7 @@ bool CommsLink::selectPortByName(const std::string& name)
     }
     const int p = static_cast<int>(std::find(names_.begin(), names_.end(), name) - names_.begin()) + 1;
     showPortButton(p, true);
-    SelectCommsPort(p);
-    return PortOpen && CurrentPort == p;
+    return p;
 }
 
 void CommsLink::SetBaudForKDX() { port_.applySettings(); }
@@ -272,7 +315,10 @@ void CommsLink::SendMessage(const OutMsgBuffer& msg)
     }
     if (!ok) {
         PortOpen = false;
+        writeFailed_ = true;
+        lostAt_ = std::chrono::system_clock::now();
         showStatus();
+        updateLinkState();
         // Senders run from timers too (the gain message, the test commands).
         if (lostPort_ == 0)
             writeErrorBox_.post([this, error] {
@@ -296,20 +342,28 @@ void CommsLink::onPortLost(const std::string& reason)
     PortOpen = false;
     port_.close();
     checkPortButton(0);
+    startWatch();
     showStatus();
+    // A port that comes and goes while its box is up says nothing more.
+    if (lossBoxOpen_) return;
+    lossBoxOpen_ = true;
+    const auto closed = qScopeGuard([this] { lossBoxOpen_ = false; });
     dialogs_.MsgBox("Comms port " + portName(lost) + " was lost: " + reason +
-                        ". Please reselect comms port",
+                        ". It reopens by itself when it is back; or select another port",
                     box::Critical, "Comms Port");
 }
 
 void CommsLink::CommsTimeout_Timer()
 {
+    const bool wasGood = rx_.GetCommsGood();
     rx_.CommsTimeout_Timer();
+    if (wasGood && !rx_.GetCommsGood()) lostAt_ = std::chrono::system_clock::now();
     if (awaitingGuard_) {
         awaitingGuard_ = false;
         if (playback_.isOpen()) FileInputTimer->start();
     }
     showStatus();
+    updateLinkState(); // telemetry heard, or not, since the last tick
 }
 
 void CommsLink::Comms2Timeout_Timer()
@@ -323,7 +377,9 @@ void CommsLink::Comms2Timeout_Timer()
 
 void CommsLink::showStatus()
 {
-    std::string status = PortOpen ? "Open: " + portName(CurrentPort) : "No port open";
+    std::string status = PortOpen    ? "Open: " + portName(CurrentPort)
+                         : watching_ ? "Waiting for " + openIdentity_.path + " to come back"
+                                     : "No port open";
     if (PortOpen) status += rx_.GetCommsGood() ? " (telemetry)" : " (no telemetry)";
     if (status != shownStatus_ || rx_.CommsErrorCount != shownErrors_) {
         shownStatus_ = status;
@@ -341,8 +397,10 @@ void CommsLink::unload()
     StopLogIn_Click();
     CommsTimeout->stop();
     Comms2Timeout->stop();
+    stopWatch();
     PortOpen = false;
     port_.close();
+    updateLinkState();
     close();
 }
 

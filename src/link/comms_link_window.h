@@ -6,15 +6,18 @@
 #include "core/colour.h"
 #include "link/frame.h"
 #include "link/link_control.h"
+#include "link/link_state.h"
 #include "link/message_sink.h"
 #include "link/playback.h"
 #include "link/receiver.h"
 #include "link/trim.h"
+#include "platform/serial_port.h"
 #include "widgets/posted_box.h"
 
 #include <QWidget>
 
 #include <array>
+#include <chrono>
 #include <functional>
 #include <string>
 #include <vector>
@@ -28,7 +31,6 @@ class QTimer;
 namespace kdx {
 
 class Dialogs;
-class SerialPort;
 
 class CommsLink : public QWidget, public LinkControl {
     Q_OBJECT
@@ -45,6 +47,8 @@ public:
     // Indicator colours of DoingInFile.
     static constexpr uint32_t PlayingColour = colours::Green;
     static constexpr uint32_t IdleColour = colours::LightGrey;
+    // While a vanished port is awaited, it is looked for this often.
+    static constexpr int ReconnectCheckMs = 250;
 
     CommsLink(SerialPort& port, Dialogs& dialogs, QWidget* parent = nullptr);
     ~CommsLink() override;
@@ -75,6 +79,17 @@ public:
     void onPortBytes(std::span<const uint8_t> bytes);
     // Lets the window close for real (the program is ending) and closes the port.
     void unload();
+
+    // ---- the link's state, and reconnecting a port that vanished ----
+    const LinkStatus& linkStatus() const { return linkStatus_; }
+    // Told of every change of linkStatus(), after it has changed.
+    void setLinkStateListener(std::function<void(const LinkStatus&)> listener) { linkListener_ = std::move(listener); }
+    // reconnectTimer's tick: reopens the awaited port if it is back, at its path or,
+    // for a USB adapter, wherever the system lists it now.
+    void reconnectTick();
+    // After the working windows were revealed: a playing recording keeps this window,
+    // with its controls, in view and on top.
+    void keepInViewWhilePlaying();
 
     // ---- recorded input ----
     // The recording Start plays (the caption of LogFileInName); kdxtool's command line
@@ -121,7 +136,10 @@ public:
     std::array<QRadioButton*, PortCount> CommsPortob{};
     QPushButton* RescanCOMportscb = nullptr;
     QLabel* ScanMsglb = nullptr;
+    // Beside each port button: its path, and the adapter's description and serial number.
+    std::array<QLabel*, PortCount> CommsPortlb{};
     QLabel* CommsStatuslb = nullptr;
+    QTimer* reconnectTimer = nullptr; // runs only while a vanished port is awaited
     QTimer* CommsTimeout = nullptr;
     QTimer* Comms2Timeout = nullptr;
     // The "File" frame.
@@ -150,16 +168,35 @@ private:
     void onPortLost(const std::string& reason);
     void checkPortButton(int port);
     void showPortButton(int port, bool available);
+    void showPortDetails(int port, const PortIdentity& id);
+    // The button number of `name`, listed (and kept listed by later scans) if it was not.
+    int listPort(const std::string& name);
     // A box shown once the handler that found the fault has returned.
     void finishTrim();
     void showStatus();
     void buildFileFrame();
     void showDoingInFile(bool playing);
+    // The reconnect watch (comms_link_reconnect_window.cpp).
+    void startWatch();
+    void stopWatch();
+    void updateLinkState();
+    // A port just opened, by selection or by reconnecting: the window and the state say so.
+    void portOpened(int port);
+    PortIdentity identityOf(const std::string& path);
 
     SerialPort& port_;
     Dialogs& dialogs_;
     Receiver rx_;
     std::vector<std::string> names_;
+    std::vector<PortIdentity> identities_; // what the last scan learnt of the listed ports
+    PortIdentity openIdentity_; // the port open now, or last open
+    bool watching_ = false;     // the vanished port openIdentity_ is awaited
+    bool writeFailed_ = false;  // the last port closed on a failed write
+    bool lossBoxOpen_ = false;
+    uint64_t goodAtOpen_ = 0; // the receiver's good messages when the port was opened
+    std::chrono::system_clock::time_point lostAt_{};
+    LinkStatus linkStatus_;
+    std::function<void(const LinkStatus&)> linkListener_;
     std::vector<std::string> namedPorts_; // selected by name: listed by every scan
     bool unloading_ = false;
     int lostPort_ = 0; // the port that failed underneath, until the loss is told

@@ -132,6 +132,13 @@ public:
     void RemoteQueryUnload() override;
     // Handles the command line's file (a .kdx configuration or a .btf tuning file).
     void handleCommandLine(const std::string& commandLine);
+    // What the telemetry told of the target, for the status bar: the firmware version
+    // shown (-1 before any) and the Q-Vane axis shown (3: none).
+    int shownVersionMajor() const { return shownMajor_; }
+    int shownVersionMinor() const { return shownMinor_; }
+    int shownQVaneAxis() const { return LastQVaneAxis; }
+    // Runs after SetDisplayVisible has revealed the working windows.
+    std::function<void()> afterReveal;
     bool StartupFileLoaded = false;
     // The telemetry log's header line for the current target mode, with the debug
     // display's titles when it logs its data; CR LF included.

@@ -153,6 +153,7 @@ void MainEntry::SetDisplayVisible()
     show();
     peers_.windows.hideWindow(ProgramWindow::CommsLink);
     DisplayVisible = true;
+    if (afterReveal) afterReveal();
 }
 
 void MainEntry::buildLiveValues(int m, QGroupBox* frame)

@@ -1,5 +1,6 @@
 #include "platform/qt_serial_port.h"
 
+#include <QFileInfo>
 #include <QSerialPortInfo>
 
 #include <algorithm>
@@ -24,17 +25,49 @@ void QtSerialPort::addExtraPort(const std::string& path)
     if (std::find(extra_.begin(), extra_.end(), path) == extra_.end()) extra_.push_back(path);
 }
 
+namespace {
+
+PortIdentity identityOf(const QSerialPortInfo& info)
+{
+    PortIdentity id;
+    id.path = info.systemLocation().toStdString();
+    id.description = info.description().toStdString();
+    id.serialNumber = info.serialNumber().toStdString();
+    if (info.hasVendorIdentifier()) id.vendorId = info.vendorIdentifier();
+    if (info.hasProductIdentifier()) id.productId = info.productIdentifier();
+    return id;
+}
+
+} // namespace
+
+std::vector<PortIdentity> QtSerialPort::describePorts()
+{
+    std::vector<PortIdentity> system;
+    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) system.push_back(identityOf(info));
+    std::sort(system.begin(), system.end(), [](const PortIdentity& a, const PortIdentity& b) { return a.path < b.path; });
+    std::vector<PortIdentity> ports(system.begin(), system.begin() + std::min<std::ptrdiff_t>(MaxListedPorts, std::ssize(system)));
+    for (const auto& e : extra_) {
+        if (std::any_of(ports.begin(), ports.end(), [&](const PortIdentity& p) { return p.path == e; })) continue;
+        PortIdentity id = PortIdentity::at(e);
+        const std::string target = QFileInfo(QString::fromStdString(e)).canonicalFilePath().toStdString();
+        const auto linked = std::find_if(system.begin(), system.end(), [&](const PortIdentity& p) { return p.path == target; });
+        if (!target.empty() && linked != system.end()) {
+            id = *linked;
+            id.path = e;
+        }
+        ports.push_back(std::move(id));
+    }
+    return ports;
+}
+
 std::vector<std::string> QtSerialPort::availablePorts()
 {
     std::vector<std::string> names;
-    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts())
-        names.push_back(info.systemLocation().toStdString());
-    std::sort(names.begin(), names.end());
-    if (names.size() > MaxListedPorts) names.resize(MaxListedPorts);
-    for (const auto& e : extra_)
-        if (std::find(names.begin(), names.end(), e) == names.end()) names.push_back(e);
+    for (PortIdentity& p : describePorts()) names.push_back(std::move(p.path));
     return names;
 }
+
+bool QtSerialPort::present(const std::string& path) { return QFileInfo::exists(QString::fromStdString(path)); }
 
 std::string QtSerialPort::describeOpenError(QSerialPort::SerialPortError error, const QString& text)
 {

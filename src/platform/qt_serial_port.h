@@ -22,6 +22,10 @@ public:
     void addExtraPort(const std::string& path);
 
     std::vector<std::string> availablePorts() override;
+    // The system's ports with their USB description, serial number and ids; a path
+    // named with addExtraPort that links to one of them shares its identity.
+    std::vector<PortIdentity> describePorts() override;
+    bool present(const std::string& path) override;
     bool open(const std::string& name, std::string& error) override;
     void close() override;
     bool isOpen() const override;

@@ -22,14 +22,26 @@ QtSimPort::~QtSimPort()
     }
 }
 
+std::vector<PortIdentity> QtSimPort::describePorts()
+{
+    std::vector<PortIdentity> ports;
+    if (real_) ports = real_->describePorts();
+    if (ports.size() > 16) ports.resize(16);
+    ports.push_back(PortIdentity::at(KdxName));
+    ports.push_back(PortIdentity::at(QVaneName));
+    return ports;
+}
+
 std::vector<std::string> QtSimPort::availablePorts()
 {
     std::vector<std::string> names;
-    if (real_) names = real_->availablePorts();
-    if (names.size() > 16) names.resize(16);
-    names.emplace_back(KdxName);
-    names.emplace_back(QVaneName);
+    for (PortIdentity& p : describePorts()) names.push_back(std::move(p.path));
     return names;
+}
+
+bool QtSimPort::present(const std::string& path)
+{
+    return path == KdxName || path == QVaneName || (real_ && real_->present(path));
 }
 
 bool QtSimPort::open(const std::string& name, std::string& error)

@@ -26,6 +26,8 @@ public:
     ~QtSimPort() override;
 
     std::vector<std::string> availablePorts() override;
+    std::vector<PortIdentity> describePorts() override;
+    bool present(const std::string& path) override;
     bool open(const std::string& name, std::string& error) override;
     void close() override;
     bool isOpen() const override;

@@ -79,6 +79,7 @@ void GraphRenderer::InitGraphFull()
     if (!canDraw()) return;
     canvas_.clear(graph_colour::Background);
     drawGrid();
+    drawReference();
     updateLabels();
     drawBorder();
 }
@@ -140,6 +141,11 @@ void GraphRenderer::drawBorder()
 void GraphRenderer::DrawTraceSegment(double x0, double x1, double y0, double y1, int channel, bool erase)
 {
     const uint32_t traceColour = at(graph_colour::Trace, channel);
+    segment(x0, x1, y0, y1, channel, erase ? graph_colour::Background : traceColour);
+}
+
+void GraphRenderer::segment(double x0, double x1, double y0, double y1, int channel, uint32_t colour)
+{
     if (!canDraw()) return;
     if (!(x0 >= XAxisMin_ && x1 <= XAxisMax_)) return;
     // A trace that leaves the range runs along the edge instead of vanishing.
@@ -150,8 +156,22 @@ void GraphRenderer::DrawTraceSegment(double x0, double x1, double y0, double y1,
     else if (y0 > top) y0 = top;
     if (y1 < bottom) y1 = bottom;
     else if (y1 > top) y1 = top;
-    canvas_.line(mapX(x0), mapY(y0, channel), mapX(x1), mapY(y1, channel),
-                 erase ? graph_colour::Background : traceColour, kThinPen);
+    canvas_.line(mapX(x0), mapY(y0, channel), mapX(x1), mapY(y1, channel), colour, kThinPen);
+}
+
+void GraphRenderer::setReference(std::span<const float> rate, std::span<const float> error)
+{
+    reference_ = {rate, error};
+}
+
+void GraphRenderer::drawReference()
+{
+    for (int c = 0; c < 2; ++c) {
+        const std::span<const float> v = reference_[c];
+        const long long last = std::min<long long>(static_cast<long long>(v.size()) - 1, CInt(XAxisMax_));
+        for (long long i = std::max<long long>(1, CLng(XAxisMin_) + 1); i <= last; ++i)
+            segment(static_cast<double>(i - 1), static_cast<double>(i), v[i - 1], v[i], c, graph_colour::Reference[c]);
+    }
 }
 
 void GraphRenderer::DrawSweepCursor(double x)

@@ -13,6 +13,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 namespace kdx {
 
@@ -24,6 +25,11 @@ constexpr uint32_t Grid = 756267;                  // dark green
 constexpr uint32_t GridBright = 1037889;           // zero line, middle second, border
 constexpr uint32_t Cursor = 0xFFFFFF;
 constexpr std::array<uint32_t, 2> Trace = {RateTrace, ErrorTrace};
+// A pinned reference sweep: the trace colours two thirds of the way to the background, so it reads as
+// the same channel but stays behind the live strokes.
+constexpr uint32_t RateReference = 0xACAC53;
+constexpr uint32_t ErrorReference = 0x53ACAC;
+constexpr std::array<uint32_t, 2> Reference = {RateReference, ErrorReference};
 } // namespace graph_colour
 
 class GraphRenderer {
@@ -52,6 +58,10 @@ public:
     void DrawTraceSegment(double x0, double x1, double y0, double y1, int channel, bool erase);
     // Moves the white cursor marks to 8 samples ahead of x.
     void DrawSweepCursor(double x);
+    // A sweep kept for comparison, drawn faintly on the same axes after the grid of every
+    // full initialisation, so the live traces draw over it. The spans must stay valid
+    // until replaced; empty spans draw nothing. Nothing is redrawn here.
+    void setReference(std::span<const float> rate, std::span<const float> error);
     // InitGraphFull, then every valid segment of the buffer.
     void RedrawTraces();
     // With autoScale, ranges from the data (30 % margin, then symmetric); then a redraw.
@@ -85,6 +95,9 @@ private:
     void drawGrid();
     void updateLabels();
     void drawBorder();
+    void drawReference();
+    // A segment held inside the top and bottom edges, in the given colour.
+    void segment(double x0, double x1, double y0, double y1, int channel, uint32_t colour);
     double units(double pictureUnits) const { return pictureUnits / unitsPerPixel_; }
 
     const TraceBuffer& traces_;
@@ -103,6 +116,7 @@ private:
     std::array<std::optional<double>, 2> AutoMin_{};
     float AutoMargin_ = 0;
     std::array<AxisLabels, 2> labels_{};
+    std::array<std::span<const float>, 2> reference_{};
 };
 
 } // namespace kdx

@@ -1,6 +1,7 @@
 #include "tuning/graph_win_model.h"
 
 #include "core/atomic_file.h"
+#include "tuning/sweep_file.h"
 #include "tuning/tuning_texts.h"
 
 #include <vector>
@@ -10,9 +11,14 @@ namespace kdx {
 GraphWinModel::GraphWinModel(GraphCanvas& canvas, GainStore& store, Dialogs& dialogs,
                              const KeyState& keys)
     : dialogs_(dialogs), renderer_(traces_, canvas), capture_(traces_, renderer_),
-      gains_(store, dialogs, keys)
+      gains_(store, dialogs, keys), review_(renderer_)
 {
     capture_.Form_Load();
+    capture_.setOnSweepEnd([this] {
+        const auto n = static_cast<std::size_t>(traces_.SampleIndex) + 1;
+        review_.setCurrent(std::span(traces_.RateTrace).first(n), std::span(traces_.ErrorTrace).first(n),
+                           gains_.values());
+    });
 }
 
 void GraphWinModel::PutSample(int32_t Motor, double RateValue, float ErrorValue)
@@ -89,6 +95,16 @@ TuningFileLoad GraphWinModel::LoadTraceBytes(std::span<const uint8_t> bytes)
     if (r.gains) gains_.StoreMemory(0, *r.gains);
     capture_.ShowLoaded(r.lastIndex());
     gains_.RefreshDisplay();
+    // Measured from every line of the file, as kdxctl analyse reads it; a file only the
+    // lenient loader takes is measured from what it shows.
+    auto file = readSweepFile(bytes, 0);
+    if (auto* f = std::get_if<SweepFile>(&file)) {
+        review_.setCurrent(f->rate, f->error, f->gains.value_or(gains_.values()));
+    } else {
+        const auto n = static_cast<std::size_t>(r.lastIndex()) + 1;
+        review_.setCurrent(std::span(traces_.RateTrace).first(n), std::span(traces_.ErrorTrace).first(n),
+                           r.gains.value_or(gains_.values()));
+    }
     return r;
 }
 

@@ -9,6 +9,7 @@
 #include "tuning/gain_store.h"
 #include "tuning/graph_canvas.h"
 #include "tuning/graph_renderer.h"
+#include "tuning/sweep_review.h"
 #include "tuning/trace_buffer.h"
 #include "tuning/trace_capture.h"
 #include "tuning/tuning_file.h"
@@ -34,6 +35,8 @@ public:
     const TraceCapture& capture() const { return capture_; }
     GainPanel& gains() { return gains_; }
     const GainPanel& gains() const { return gains_; }
+    // The latest sweep's numbers and the pinned reference.
+    SweepReview& review() { return review_; }
 
     // From the telemetry decoder, once per cyclic message for each motor.
     void PutSample(int32_t Motor, double RateValue, float ErrorValue);
@@ -60,7 +63,8 @@ public:
     // naming the file and the reason, when it cannot be read or holds no tuning data.
     bool LoadTraceFile(const std::string& path);
     // Loads tuning-file bytes: capture stopped, buffer filled, gains into memory #1,
-    // duration chosen to show every loaded sample, graph and panel refreshed.
+    // duration chosen to show every loaded sample, graph and panel refreshed; the file's
+    // samples, every line of it, become the latest sweep to measure.
     TuningFileLoad LoadTraceBytes(std::span<const uint8_t> bytes);
 
 private:
@@ -69,6 +73,7 @@ private:
     GraphRenderer renderer_;
     TraceCapture capture_;
     GainPanel gains_;
+    SweepReview review_;
 };
 
 } // namespace kdx

@@ -11,6 +11,7 @@
 #include "tuning/gain_store.h"
 #include "tuning/graph_view_window.h"
 #include "tuning/graph_win_model.h"
+#include "tuning/sweep_panel_window.h"
 #include "tuning/tuning_texts.h"
 #include "widgets/face_colour.h"
 
@@ -22,6 +23,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QScreen>
@@ -131,6 +133,13 @@ GraphWin::GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows
     setCentralWidget(central);
     buildMenus();
 
+    // The sweep panel: a frame between the graph and the controls, its entries in the
+    // File menu before Exit.
+    SweepPanelfr = new SweepPanel(model_->review(), dialogs, central);
+    top->insertWidget(1, SweepPanelfr);
+    SweepPanelfr->addMenuEntries(menuBar()->findChild<QMenu*>("mnuFile"), mnuExit);
+    SweepPanelfr->setGraphParts(Graphfr, {labelColumn_[0], Graphpb, labelColumn_[1], AxisRatelb, AxisAnglelb});
+
     GainMsgTmr = new QTimer(this);
     GainMsgTmr->setObjectName("GainMsgTmr");
     GainMsgTmr->setInterval(kGainMsgIntervalMs);
@@ -143,6 +152,7 @@ GraphWin::GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows
     Graphpb->setOnResized([this] { guarded([&] { model_->renderer().RedrawTraces(); }); });
     showAll();
     resize(1000, 720);
+    resize(width(), height() + SweepPanelfr->sizeHint().height() + top->spacing()); // the graph keeps its size
 }
 
 GraphWin::~GraphWin() = default;

@@ -37,6 +37,7 @@ class QuitRequester;
 class GraphView;
 class GraphWinModel;
 class GuidePanel;
+class SweepPanel;
 
 class GraphWin : public QMainWindow, public TuningDisplay, public LinkLossListener {
     Q_OBJECT
@@ -151,6 +152,9 @@ public:
     QGroupBox* TracesLoadSavefr = nullptr;
     QPushButton* SaveTracecb = nullptr;
     QPushButton* LoadTracecb = nullptr;
+
+    // The latest sweep's numbers, the pinned reference and the exports, under the graph.
+    SweepPanel* SweepPanelfr = nullptr;
 
     QTimer* GainMsgTmr = nullptr;
     QAction* mnuSaveTrace = nullptr;

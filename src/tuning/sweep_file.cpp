@@ -1,6 +1,7 @@
 #include "tuning/sweep_file.h"
 
 #include "telemetry/log_line.h"
+#include "tuning/sweep_export.h"
 #include "tuning/tuning_texts.h"
 
 #include <charconv>
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::size_t kTuningFirstFields = 2 + kGainCount + 2; // rate, error, gains, spares
 constexpr std::size_t kTuningFields = 2;
+constexpr std::size_t kExportFields = 3; // time, rate, error
 constexpr std::size_t kDirectMotorColumns = 8;  // rate, error, P, I, D, gain, angle, power
 constexpr std::size_t kRelayedRateColumn = 3;   // after Axis, AxisID, AxisAngle
 constexpr std::size_t kRelayedPrefixFields = 2; // "Tilt,0," is left out for an unknown axis
@@ -91,6 +93,12 @@ std::variant<SweepFile, std::string> readSweepFile(std::span<const uint8_t> byte
     if (line == tuning_text::FileHeader) {
         sweep.source = SweepSource::TuningFile;
         fields = kTuningFirstFields;
+    } else if (line.starts_with(sweep_export::Mark)) {
+        sweep.source = SweepSource::SweepExport;
+        if (!lines.next(line, number) || line != sweep_export::Columns)
+            return lineError(number, "the column titles of an exported sweep are missing");
+        fields = kExportFields;
+        column = 1;
     } else if (isLogHeader(line, telemetryFileTitles(false))) {
         sweep.source = SweepSource::DirectLog;
         column = kDirectMotorColumns * static_cast<std::size_t>(motor);
@@ -101,7 +109,8 @@ std::variant<SweepFile, std::string> readSweepFile(std::span<const uint8_t> byte
     } else {
         return std::string("neither a tuning file nor a telemetry log (its first line is neither header)");
     }
-    if (sweep.source != SweepSource::TuningFile) fields = splitFields(line).size();
+    if (sweep.source == SweepSource::DirectLog || sweep.source == SweepSource::QVaneLog)
+        fields = splitFields(line).size();
 
     while (lines.next(line, number)) {
         const auto values = splitFields(line);

@@ -1,6 +1,7 @@
 #pragma once
 // A sweep read back from the files the program writes, for analysis: a tuning file
-// (".btf", the Tuning Display's Save) or a telemetry log (the Data Logging window's
+// (".btf", the Tuning Display's Save), a sweep exported as CSV from its File menu, or a
+// telemetry log (the Data Logging window's
 // comma-separated lines, or kdxctl decode's). The kind is told by the first line, which
 // each writer puts there to the letter, so a log keeps working whatever it is named.
 //
@@ -21,6 +22,7 @@ enum class SweepSource {
     TuningFile, // one motor's sweep and the gains that made it
     DirectLog,  // a KDX wired directly: two motors per line
     QVaneLog,   // through a Q-Vane: one motor per line
+    SweepExport, // the Tuning Display's CSV export: one sweep, time, rate and error
 };
 
 struct SweepFile {

@@ -91,6 +91,7 @@ void TraceCapture::storeSample(double rate, float error)
         at(t.PrevRateTrace, last);
         std::copy_n(t.RateTrace.begin(), last + 1, t.PrevRateTrace.begin());
         std::copy_n(t.ErrorTrace.begin(), last + 1, t.PrevErrorTrace.begin());
+        if (onSweepEnd_) onSweepEnd_();
     }
 }
 

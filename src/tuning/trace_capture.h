@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string_view>
 
 namespace kdx {
@@ -75,6 +76,8 @@ public:
     void ShowLoaded(int lastIndex);
 
     void setSelectedMotor(int32_t motor) { SelectedMotor_ = motor; }
+    // Called once a sweep has closed: its samples are 0..SampleIndex of the buffer.
+    void setOnSweepEnd(std::function<void()> onSweepEnd) { onSweepEnd_ = std::move(onSweepEnd); }
 
     int32_t TriggerMode() const { return TriggerMode_; }
     bool SweepStartPending() const { return SweepStartPending_; }
@@ -96,6 +99,7 @@ private:
     bool AutoScale_ = false;
     int32_t SelectedMotor_ = 0;
     CaptureFaces faces_;
+    std::function<void()> onSweepEnd_;
 };
 
 } // namespace kdx

@@ -4,6 +4,7 @@
 #include "platform/serial_port.h"
 
 #include <algorithm>
+#include <map>
 #include <set>
 #include <string>
 #include <utility>
@@ -22,7 +23,20 @@ public:
     std::vector<uint8_t> written;
     int opens = 0, closes = 0, settingsApplied = 0;
 
+    // What the system tells of a listed port beyond its path (adapter description,
+    // serial number, USB ids).
+    std::map<std::string, PortIdentity> identities;
+
     std::vector<std::string> availablePorts() override { return ports; }
+    std::vector<PortIdentity> describePorts() override
+    {
+        std::vector<PortIdentity> out;
+        for (const std::string& p : ports) {
+            const auto it = identities.find(p);
+            out.push_back(it != identities.end() ? it->second : PortIdentity::at(p));
+        }
+        return out;
+    }
     bool open(const std::string& name, std::string& error) override
     {
         if (refuse.count(name) || std::find(ports.begin(), ports.end(), name) == ports.end()) {

@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 using namespace kdx;
@@ -40,6 +41,16 @@ struct Rig {
         return on;
     }
 };
+
+PortIdentity adapter(std::string path, std::string serial)
+{
+    PortIdentity p = PortIdentity::at(std::move(path));
+    p.description = "FT232R USB UART";
+    p.serialNumber = std::move(serial);
+    p.vendorId = 0x0403;
+    p.productId = 0x6001;
+    return p;
+}
 
 OutMsgBuffer restart(int length)
 {
@@ -103,12 +114,19 @@ TEST(CommsLinkWindow, ScanShowsOpenablePortsAndOpensTheFirst)
     Rig r;
     r.port.ports = {"/dev/ttyS0", "/dev/ttyUSB0", "/dev/ttyUSB1"};
     r.port.refuse = {"/dev/ttyS0"};
+    r.port.identities["/dev/ttyUSB0"] = adapter("/dev/ttyUSB0", "A9X3");
     r.link.Form_Load();
     EXPECT_TRUE(r.dialogs.boxes.empty()); // port 1 is not available: refused silently
     EXPECT_FALSE(r.link.PortOpen);
     EXPECT_FALSE(r.link.CommsPortob[0]->isVisibleTo(&r.link));
     EXPECT_TRUE(r.link.CommsPortob[1]->isVisibleTo(&r.link));
     EXPECT_EQ(r.link.CommsPortob[1]->text(), "ttyUSB0");
+    // Beside each button its path and what the adapter says of itself; the same in its tip.
+    EXPECT_EQ(r.link.CommsPortlb[1]->text(), "/dev/ttyUSB0, FT232R USB UART, serial number A9X3");
+    EXPECT_EQ(r.link.CommsPortob[1]->toolTip(),
+              "/dev/ttyUSB0\nFT232R USB UART\nSerial number: A9X3\nUSB vendor:product 0403:6001");
+    EXPECT_EQ(r.link.CommsPortlb[2]->text(), "/dev/ttyUSB1");
+    EXPECT_EQ(r.link.CommsPortob[2]->toolTip(), "/dev/ttyUSB1");
     EXPECT_FALSE(r.link.ScanMsglb->isVisibleTo(&r.link));
     QTest::mouseClick(r.link.CommsPortob[2], Qt::LeftButton);
     EXPECT_TRUE(r.link.PortOpen);
@@ -194,7 +212,7 @@ TEST(CommsLinkWindow, AFailedSendIsReportedOnceAndClosesTheLinkUntilReselected)
     const Case cases[] = {
         {true, false, 3, {}, "Error writing to comms port: Input/output error. Please reselect comms port"},
         {false, false, 256, {0x5A}, "Error writing to comms port: Overflow. Please reselect comms port"},
-        {false, true, 3, {}, "Comms port /dev/ttyUSB0 was lost: Resource temporarily unavailable. Please reselect comms port"},
+        {false, true, 3, {}, "Comms port /dev/ttyUSB0 was lost: Resource temporarily unavailable. It reopens by itself when it is back; or select another port"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.prompt);
@@ -237,4 +255,59 @@ TEST(CommsLinkWindow, TheCloseBoxHidesTheWindowAndTheLinkLivesOn)
     r.link.unload(); // the program ends: the window closes for real, and the port with it
     EXPECT_FALSE(r.port.isOpen());
     EXPECT_FALSE(r.link.PortOpen);
+}
+
+// An adapter pulled out is one box; the link then waits for it and reopens it by itself,
+// at its path or by its serial number wherever the system lists it now, never another
+// adapter that took its place. Choosing a port meanwhile ends the wait.
+TEST(CommsLinkWindow, AVanishedAdapterIsReopenedWhenItComesBackUnlessAnotherPortIsChosen)
+{
+    struct Case {
+        const char* what;
+        std::vector<PortIdentity> back; // listed after the unplug, in turn, one check each
+        bool chooseOther;
+        const char* reopened; // nullptr: nothing reopened
+    };
+    const Case cases[] = {
+        {"same path", {adapter("/dev/ttyUSB0", "A9X3")}, false, "/dev/ttyUSB0"},
+        {"new path, same serial", {adapter("/dev/ttyUSB0", "ZZ11"), adapter("/dev/ttyUSB2", "A9X3")}, false,
+         "/dev/ttyUSB2"},
+        {"another port chosen", {adapter("/dev/ttyUSB0", "A9X3")}, true, nullptr},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Rig r;
+        r.port.identities["/dev/ttyUSB0"] = adapter("/dev/ttyUSB0", "A9X3");
+        std::vector<LinkState> states;
+        r.link.setLinkStateListener([&](const LinkStatus& s) { states.push_back(s.state); });
+        r.link.Form_Load();
+        ASSERT_EQ(r.port.openName, "/dev/ttyUSB0");
+        r.port.unplug();
+        QCoreApplication::processEvents(); // the loss is told once the port's signal has returned
+        ASSERT_EQ(r.dialogs.boxes.size(), 1u);
+        EXPECT_EQ(r.link.linkStatus().state, LinkState::Reconnecting);
+        EXPECT_EQ(r.link.linkStatus().port, "/dev/ttyUSB0");
+        EXPECT_TRUE(r.link.reconnectTimer->isActive());
+        r.link.reconnectTick(); // nothing there yet
+        EXPECT_FALSE(r.link.PortOpen);
+        if (c.chooseOther) r.link.CommsPortob_Click(1);
+        EXPECT_EQ(r.link.reconnectTimer->isActive(), !c.chooseOther);
+        for (const PortIdentity& id : c.back) {
+            r.port.identities[id.path] = id;
+            r.port.ports.push_back(id.path);
+            r.link.reconnectTick();
+        }
+        if (c.reopened) {
+            EXPECT_TRUE(r.link.PortOpen);
+            EXPECT_EQ(r.port.openName, c.reopened);
+            EXPECT_EQ(r.link.linkStatus().port, c.reopened);
+            EXPECT_EQ(r.link.CommsPortob[static_cast<std::size_t>(r.link.CurrentPort - 1)]->toolTip().section('\n', 0, 0),
+                      c.reopened);
+            EXPECT_FALSE(r.link.reconnectTimer->isActive());
+            EXPECT_EQ(states, (std::vector<LinkState>{LinkState::Waiting, LinkState::Reconnecting, LinkState::Waiting}));
+        } else {
+            EXPECT_EQ(r.port.openName, "/dev/ttyUSB1");
+        }
+        EXPECT_EQ(r.dialogs.boxes.size(), 1u);
+    }
 }

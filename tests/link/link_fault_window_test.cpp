@@ -55,7 +55,7 @@ private:
 
 } // namespace
 
-TEST(LinkFaultWindow, TheFarEndVanishingIsOneMessageAClosedPortAndTelemetryResumesOnReselect)
+TEST(LinkFaultWindow, TheFarEndVanishingIsOneMessageAndThePortReopensByItselfWhenItIsBack)
 {
     QTemporaryDir dir;
     const std::string device = QDir(dir.path()).filePath("kdx-line").toStdString();
@@ -67,6 +67,7 @@ TEST(LinkFaultWindow, TheFarEndVanishingIsOneMessageAClosedPortAndTelemetryResum
     ASSERT_TRUE(p.main.GetGainsHaveBeenLoaded()) << "the configuration was read over the line";
 
     module.reset(); // mid-stream
+    std::filesystem::remove(device); // and its name goes with it
     pumpEvents(2000, [&] { return !p.dialogs.boxes.empty(); });
     pumpEvents(1100); // the watchdog's second tick without telemetry has come meanwhile
     ASSERT_EQ(p.dialogs.boxes.size(), 1u);
@@ -82,13 +83,18 @@ TEST(LinkFaultWindow, TheFarEndVanishingIsOneMessageAClosedPortAndTelemetryResum
     EXPECT_EQ(p.main.MemReqtb->text(), " Timed out");
     EXPECT_EQ(p.dialogs.boxes.size(), 1u);
 
-    // The module is back under the same name: Scan, then select the port.
-    module = std::make_unique<ServedModule>(device);
-    p.comms.RescanCOMportscb_Click();
+    EXPECT_EQ(p.comms.linkStatus().state, LinkState::Reconnecting);
+    EXPECT_EQ(p.comms.linkStatus().port, device);
+
+    // The module is back under the same name, on a new pseudo-terminal: the port reopens
+    // by itself and telemetry resumes, without another word.
     const uint64_t goodBefore = p.comms.receiver().goodMessages;
-    ASSERT_TRUE(p.comms.selectPortByName(device));
+    module = std::make_unique<ServedModule>(device);
+    pumpEvents(1000 + CommsLink::ReconnectCheckMs, [&] { return p.comms.PortOpen; });
+    ASSERT_TRUE(p.comms.PortOpen) << "reopened within a second of its return";
     pumpEvents(3000, [&] { return p.comms.GetCommsGood() && p.comms.receiver().goodMessages > goodBefore + 50; });
     EXPECT_TRUE(p.comms.GetCommsGood());
     EXPECT_GT(p.comms.receiver().goodMessages, goodBefore + 50);
+    EXPECT_EQ(p.comms.linkStatus().port, device);
     EXPECT_EQ(p.dialogs.boxes.size(), 1u);
 }

@@ -122,3 +122,23 @@ TEST(PlaybackLogWindow, TheLogHoldsExactlyTheLinesDecodeMakesOfANoisyRecordingAt
         EXPECT_TRUE(p.dialogs.boxes.empty());
     }
 }
+
+// The first telemetry of a recording reveals the working windows; the Comms Link window,
+// whose controls run the playback, stays in view, and the status bar says what plays.
+TEST(PlaybackLogWindow, PlayingKeepsTheCommsLinkWindowInViewAndTheStatusBarSaysWhatPlays)
+{
+    QTemporaryDir dir;
+    const std::string path = QDir(dir.path()).filePath("flight.rec").toStdString();
+    std::string error;
+    ASSERT_GT(sim::writeRecording(sim::SimOptions{}, 5, path, error), 0) << error;
+    PlayingProgram p;
+    p.comms.show();
+    p.comms.SetInputFilename(path);
+    p.comms.Rateob[2]->click();
+    p.comms.StartLogIn_Click();
+    for (int tick = 0; tick < 50 && !p.main.isVisible(); ++tick) p.comms.FileInputTimer_Timer();
+    ASSERT_TRUE(p.main.isVisible()) << "the recording's telemetry revealed the working windows";
+    EXPECT_TRUE(p.comms.isVisible());
+    p.program.statusBar.refresh();
+    EXPECT_EQ(p.program.statusBar.labels[3]->text(), "playing flight.rec at x1");
+}

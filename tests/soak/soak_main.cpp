@@ -137,7 +137,7 @@ int main(int argc, char** argv)
     // or a tick of the wall clock would land between two simulated ones.
     auto holdTheRealTimers = [&] {
         for (QTimer* t : {rig.comms.CommsTimeout, rig.comms.Comms2Timeout, rig.main.CommsQualityTmr,
-                          graph.GainMsgTmr, logging.FlushTimer})
+                          graph.GainMsgTmr, logging.FlushTimer, rig.program.statusBar.refreshTimer})
             t->stop();
     };
     for (long long step = 1; step <= steps; ++step) {
@@ -162,6 +162,7 @@ int main(int argc, char** argv)
         if (ms % 500 == 0) {
             rig.comms.CommsTimeout_Timer();
             rig.main.CommsQualityTmr_Timer();
+            rig.program.statusBar.refresh();
         }
         if (ms % 60000 == 30000) { // the user nudges P up or down each minute
             if ((ms / 60000) % 2 == 0) graph.Inccb_Click(Gain::P, 1);

@@ -3,6 +3,8 @@
 #include "widgets/click_label.h"
 #include "tuning/graph_view_window.h"
 #include "tuning/graph_win_model.h"
+#include "tuning/sweep_panel_window.h"
+#include "cli/command.h"
 #include "telemetry/cyclic_frames.h"
 
 #include <QAction>
@@ -18,9 +20,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
+#include <numbers>
 #include <fstream>
 #include <iterator>
 #include <limits>
+#include <sstream>
 
 using namespace kdx;
 using namespace kdx::test;
@@ -465,4 +470,168 @@ TEST(GraphWinWindow, CloseBoxAndWindowCloseHideUntilTheProgramUnloads)
     r.win->unload();
     EXPECT_TRUE(r.win->isHidden());
     EXPECT_FALSE(r.win->GainMsgTmr->isActive());
+}
+
+// ---- the sweep panel: numbers, pinned reference, exports ------------------------------
+
+namespace {
+
+const QColor kRateReference(83, 172, 172);
+
+// A tuning file of `n` sample lines.
+std::string btf(int n, const std::function<std::pair<double, double>(int)>& sample)
+{
+    std::string s = "AxisRate, AxisError, P,I,IA,D,V1,V2,G,Spare1,Spare2\r\n";
+    char buf[64];
+    for (int k = 0; k < n; ++k) {
+        const auto [rate, error] = sample(k);
+        std::snprintf(buf, sizeof buf, "%.2f,%.2f", rate, error);
+        s += buf;
+        s += k == 0 ? ",100.00,20.00,2.00,50.00,15.00,40.00,100.00,0,0\r\n" : "\r\n";
+    }
+    return s;
+}
+
+// 10 deg/s at 5 Hz; the error a square wave of +-0.25 deg.
+std::pair<double, double> sineAndSquare(int k)
+{
+    return {10 * std::sin(2 * std::numbers::pi * 5 * k / 100.0), k % 2 ? -0.25 : 0.25};
+}
+
+// The set point jumps by 4 deg at sample 100; the axis follows at 40 deg/s in 10 samples.
+std::pair<double, double> rampStep(int k)
+{
+    if (k < 100) return {0, 0};
+    const double error = std::max(0.0, 4 - 0.4 * (k - 100));
+    return {k <= 110 ? 40.0 : 0.0, error};
+}
+
+QString writeTemp(const QTemporaryDir& dir, const char* name, const std::string& text)
+{
+    const QString path = dir.filePath(name);
+    std::ofstream(path.toStdString(), std::ios::binary) << text;
+    return path;
+}
+
+std::vector<std::string> texts(const std::array<QLabel*, SweepPanel::kMetricCount>& labels)
+{
+    std::vector<std::string> out;
+    for (QLabel* l : labels) out.push_back(l->text().toStdString());
+    return out;
+}
+
+int pixelsOf(const QImage& img, const QColor& c)
+{
+    int n = 0;
+    for (int y = 0; y < img.height(); ++y)
+        for (int x = 0; x < img.width(); ++x) n += img.pixelColor(x, y) == c;
+    return n;
+}
+
+} // namespace
+
+TEST(GraphWinWindow, SweepPanelShowsTheNumbersOfALoadedFile)
+{
+    // Sine: RMS 10 / sqrt(2) = 7.07, all its power at 5 Hz. Square: RMS and peak 0.25.
+    // Ramp: error RMS sqrt(0.16 * (1 + 4 + ... + 100) / 200) = 0.555, peak 4, rate RMS
+    // sqrt(11 * 1600 / 200) = 9.38; f = 0.1 at 1 sample, 0.9 at 9 (rise 0.080 s), last
+    // outside 5 % at 9 with 0.1, in at 10 with 0: settled at 9.5 samples, 0.095 s.
+    struct Case {
+        const char* name;
+        int lines;
+        std::pair<double, double> (*sample)(int);
+        std::vector<std::string> shown; // "*": not worked out
+    };
+    const Case cases[] = {
+        {"sine.btf", 1000, sineAndSquare, {"0.250", "0.250", "7.07", "5.00", "1.00", "-", "-", "-"}},
+        {"step.btf", 200, rampStep, {"0.555", "4.000", "9.38", "*", "*", "0.0", "0.080", "0.095"}},
+    };
+    Rig r;
+    QTemporaryDir dir;
+    for (const Case& c : cases) {
+        r.win->LoadTuningFileOnInit(writeTemp(dir, c.name, btf(c.lines, c.sample)).toStdString());
+        const auto shown = texts(r.win->SweepPanelfr->Currentlb);
+        for (std::size_t i = 0; i < c.shown.size(); ++i) {
+            if (c.shown[i] == "*") continue;
+            EXPECT_EQ(shown[i], c.shown[i]) << c.name << " metric " << i;
+        }
+        EXPECT_EQ(texts(r.win->SweepPanelfr->Referencelb), std::vector<std::string>(8)) << c.name;
+    }
+}
+
+TEST(GraphWinWindow, PinnedReferenceOutlivesGainChangesAndNewSweeps)
+{
+    Rig r;
+    r.loadConfiguration(kExample, kExample);
+    r.win->MotorSelcb_Click(0);
+    r.showAt(1000, 800);
+    SweepPanel& panel = *r.win->SweepPanelfr;
+    EXPECT_FALSE(panel.Pincb->isEnabled()); // nothing to pin yet
+    QTemporaryDir dir;
+    r.win->LoadTuningFileOnInit(writeTemp(dir, "before.btf", btf(1000, sineAndSquare)).toStdString());
+    panel.Pincb_Click();
+    EXPECT_EQ(panel.Pincb->text(), "Unpin");
+
+    r.win->Inccb_Click(Gain::P, 1);
+    r.win->RepeatTrigcb_Click();
+    for (int k = 0; k < 1001; ++k) r.win->PutSample(0, 0.0f, k % 2 ? -0.125f : 0.125f);
+
+    EXPECT_EQ(texts(panel.Referencelb), (std::vector<std::string>{"0.250", "0.250", "7.07", "5.00", "1.00", "-", "-", "-"}));
+    EXPECT_EQ(panel.Currentlb[0]->text(), "0.125");
+    EXPECT_EQ(panel.Changelb[0]->text(), "-50 %");
+    EXPECT_EQ(panel.Changelb[0]->toolTip(), "RMS error 0.250 -> 0.125, -50 %");
+    EXPECT_EQ(panel.Changelb[2]->text(), "-100 %"); // the rate went from 7.07 to 0
+    EXPECT_EQ(panel.Changelb[3]->text(), "");       // a flat rate has no frequency
+    // The reference is drawn behind the new sweep, and goes with Unpin.
+    EXPECT_GT(pixelsOf(r.image(), kRateReference), 500);
+    panel.Pincb_Click();
+    EXPECT_EQ(pixelsOf(r.image(), kRateReference), 0);
+    EXPECT_EQ(panel.Referencelb[0]->text(), "");
+    EXPECT_EQ(panel.Changelb[0]->text(), "");
+}
+
+TEST(GraphWinWindow, ExportedSweepAnalysesToThePanelsNumbers)
+{
+    Rig r;
+    r.loadConfiguration(kExample, kExample);
+    r.win->MotorSelcb_Click(0);
+    r.win->TraceDurationcb_Click(0);
+    for (int k = 0; k < 402; ++k) // the opening repeat sweep: 401 samples
+        r.win->PutSample(0, static_cast<float>(3.3 * std::sin(k * 0.9)), static_cast<float>(0.0123 * std::cos(k * 0.2)));
+    QTemporaryDir dir;
+    const QString path = dir.filePath("sweep.csv");
+    r.dialogs.files.push_back(path.toStdString());
+    r.win->SweepPanelfr->mnuExportCsv->trigger();
+
+    const std::string csv = readFile(path);
+    EXPECT_EQ(csv.substr(0, 97), "# kdxtool sweep: P 100.00, I 20.00, IA 2.50, D 50.00, V1 10.00, V2 20.00, G 100.00; samples 401, ");
+    EXPECT_NE(csv.find("\r\ntime_s,rate,error\r\n0.00,0,0.0123\r\n0.01,"), std::string::npos);
+    std::ostringstream out, err;
+    cli::CommandIo io{out, err};
+    ASSERT_EQ(cli::runKdxctl({"analyse", "--tsv", path.toStdString()}, io), 0) << err.str();
+    const QStringList row = QString::fromStdString(out.str()).split('\n')[1].split('\t');
+    const auto shown = texts(r.win->SweepPanelfr->Currentlb);
+    const int columns[] = {2, 3, 4, 5, 6, 9, 10, 11}; // err_rms .. share, overshoot_pct .. settle_s
+    for (std::size_t i = 0; i < shown.size(); ++i)
+        EXPECT_EQ(row[columns[i]].toStdString(), shown[i] == "-" ? "" : shown[i]) << "metric " << i;
+    EXPECT_EQ(row[1], "401");
+}
+
+TEST(GraphWinWindow, GraphPictureIsTwiceItsSizeWithItsLabels)
+{
+    Rig r;
+    r.showAt(1000, 800);
+    QTemporaryDir dir;
+    const QString path = dir.filePath("graph.png");
+    r.dialogs.files.push_back(path.toStdString());
+    r.win->SweepPanelfr->mnuExportPng->trigger();
+    const QImage png(path);
+    // The Y1 labels' column, the picture and the Y2 labels' column, under the legend.
+    const QWidget* left = r.win->Y1lb[0]->parentWidget();
+    const QWidget* right = r.win->Y2lb[0]->parentWidget();
+    const int width = right->geometry().right() - left->geometry().left() + 1;
+    const int height = r.win->Graphpb->geometry().bottom() - r.win->AxisRatelb->geometry().top() + 1;
+    EXPECT_EQ(png.size(), QSize(2 * width, 2 * height));
+    // The graph's grey fills most of its area, twice over in each direction.
+    EXPECT_GT(pixelsOf(png, kGrey), 4 * r.win->Graphpb->width() * r.win->Graphpb->height() / 2);
 }
