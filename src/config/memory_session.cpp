@@ -41,6 +41,7 @@ bool MemorySession::pump(int timeoutMs, const std::function<bool()>& done, std::
         if (left <= 0) return true;
         std::vector<uint8_t> bytes;
         if (!io_.read(bytes, static_cast<int>(std::min<long long>(left, 100)), error)) {
+            // NOLINTNEXTLINE(performance-inefficient-string-concatenation): once, on the way out
             error = "cannot read from " + portName_ + ": " + error;
             return false;
         }

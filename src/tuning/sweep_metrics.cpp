@@ -145,7 +145,7 @@ void findSteps(std::span<const float> rate, std::span<const float> error, SweepM
         const std::size_t length = end - starts[i];
         if (length < kMinStepSamples) continue;
         if (const auto s = stepResponse(error, starts[i], length)) {
-            overshoot.push_back(s->overshoot);
+            overshoot.emplace_back(s->overshoot);
             rise.push_back(s->rise);
             settling.push_back(s->settling);
         }
