@@ -30,8 +30,11 @@ TEST(QtImageCanvas, DrawsSharpAtDevicePixelRatioTwo)
     const int rows[] = {10, 11, 11, 12, 12};
     for (int x = 0; x < 5; ++x) {
         EXPECT_EQ(img.pixel(x, rows[x]), green) << x;
-        for (int y = 9; y <= 13; ++y)
-            if (y != rows[x]) EXPECT_EQ(img.pixel(x, y), back) << x << "," << y;
+        for (int y = 9; y <= 13; ++y) {
+            if (y != rows[x]) {
+                EXPECT_EQ(img.pixel(x, y), back) << x << "," << y;
+            }
+        }
     }
     // The repaint area is in logical pixels: x up to 3, and the stroke's reach of 1.5.
     EXPECT_EQ(canvas.takeDirty().right(), 5);
