@@ -36,7 +36,8 @@ public:
                 options.seed = static_cast<uint64_t>(seed);
                 kdx::sim::Simulator sim(options);
                 std::string e;
-                b->serve(sim, [this] { return stop_.load(); }, e);
+                b->serve(
+                    sim, [this] { return stop_.load(); }, e);
             });
             bridges_.push_back(std::move(bridge));
         }

@@ -85,7 +85,8 @@ void BM_DecodeDirectMessage(benchmark::State& state)
         kdx::CyclicTelemetry t = kdx::decodeCyclicMsg(view);
         benchmark::DoNotOptimize(t);
     }
-    state.counters["messages/s"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+    state.counters["messages/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 BENCHMARK(BM_DecodeDirectMessage);
 
@@ -100,7 +101,8 @@ void BM_DirectLogLine(benchmark::State& state)
         kdx::appendTelemetryLogLine(line, t);
         benchmark::DoNotOptimize(line.data());
     }
-    state.counters["lines/s"] = benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+    state.counters["lines/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 BENCHMARK(BM_DirectLogLine);
 

@@ -43,8 +43,8 @@ void BM_ReceiverDirectCyclicWithNoise(benchmark::State& state)
         benchmark::DoNotOptimize(sink.sum);
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(stream.size()));
-    state.counters["messages/s"] = benchmark::Counter(
-        static_cast<double>(state.iterations()) * 20000.0, benchmark::Counter::kIsRate);
+    state.counters["messages/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * 20000.0, benchmark::Counter::kIsRate);
 }
 BENCHMARK(BM_ReceiverDirectCyclicWithNoise);
 

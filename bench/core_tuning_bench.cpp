@@ -51,8 +51,7 @@ void BM_SampleCaptureAndDraw(benchmark::State& state)
         rig.model->PutSample(1, 0.0, 0.0f);
     }
     state.SetItemsProcessed(state.iterations());
-    state.counters["lines/sample"] =
-        benchmark::Counter(static_cast<double>(rig.canvas.lines) / static_cast<double>(n));
+    state.counters["lines/sample"] = benchmark::Counter(static_cast<double>(rig.canvas.lines) / static_cast<double>(n));
 }
 BENCHMARK(BM_SampleCaptureAndDraw)->Args({0, 0})->Args({1, 0})->Args({0, 1});
 

@@ -104,7 +104,8 @@ void BM_NoiseFloodAtTenTimesTheByteRate(benchmark::State& state)
             for (int i = 1; i <= (1500 + kSeconds * 1000) / kSliceMs; ++i) {
                 ssize_t n;
                 while ((n = ::read(master, in.data(), in.size())) > 0)
-                    if (phase == Module) module.consume(std::span<const uint8_t>(in.data(), static_cast<std::size_t>(n)));
+                    if (phase == Module)
+                        module.consume(std::span<const uint8_t>(in.data(), static_cast<std::size_t>(n)));
                 if (i == 1500 / kSliceMs + 1) {
                     sentAtFlood = sent.load();
                     phase = Noise;
@@ -145,7 +146,8 @@ void BM_NoiseFloodAtTenTimesTheByteRate(benchmark::State& state)
 
         if (!configured || received != sent || !p.dialogs.boxes.empty())
             state.SkipWithError(("configured " + std::to_string(configured) + ", received " + std::to_string(received) +
-                                 " of " + std::to_string(sent) + " bytes, boxes " + std::to_string(p.dialogs.boxes.size()))
+                                 " of " + std::to_string(sent) + " bytes, boxes " +
+                                 std::to_string(p.dialogs.boxes.size()))
                                     .c_str());
         state.SetIterationTime(floodSeconds);
         state.counters["longest_wait_ms"] = static_cast<double>(longestWait);

@@ -64,8 +64,8 @@ void BM_DirectMessageThroughMainWindow(benchmark::State& state)
     // Every message must have gone the whole way, or the figure means nothing.
     if (lines != static_cast<long long>(state.iterations()) * n)
         state.SkipWithError(("only " + std::to_string(lines) + " log lines").c_str());
-    state.counters["messages/s"] = benchmark::Counter(static_cast<double>(state.iterations()) * n,
-                                                      benchmark::Counter::kIsRate);
+    state.counters["messages/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * n, benchmark::Counter::kIsRate);
 }
 BENCHMARK(BM_DirectMessageThroughMainWindow)->Unit(benchmark::kMillisecond);
 

@@ -30,7 +30,6 @@
 #include <string_view>
 #include <vector>
 
-
 namespace {
 
 using namespace kdx;
@@ -38,15 +37,66 @@ namespace fs = std::filesystem;
 
 [[noreturn]] void fail(const char* what) { fuzz::fail("cli_args", what); }
 
-constexpr std::array<const char*, 15> kCommands = {"ports", "show", "read", "write", "decode", "trim", "diff", "set", "analyse", "--version",
-                                                   "monitor", "sim", "help", "--help", "-h"};
+constexpr std::array<const char*, 15> kCommands = {"ports",   "show", "read", "write",   "decode",
+                                                   "trim",    "diff", "set",  "analyse", "--version",
+                                                   "monitor", "sim",  "help", "--help",  "-h"};
 constexpr std::array<const char*, 56> kWords = {
-    "--tsv", "--port", "--axis", "-o", "--output", "--motor", "--start", "--end", "--seconds", "--simulate",
-    "--simulate=qvane", "--simulate=pan", "--port=a.kdx", "--seconds=0.5", "--seconds=-1", "--pty", "--qvane",
-    "--seed", "--noise", "--record", "--help", "-h", "a.kdx", "b.bls", "r.rec", "r.rec_t", "missing.kdx", ".",
-    "0", "1", "2", "3", "tilt", "roll", "pan", "yaw", "-1", "2147483647", "2147483648", "0.5", "1e9", "nan",
-    "inf", "", "--", "out.csv", "-", "=", "--json", "--backup-dir", "--no-backup", "P=400", "Poles=14",
-    "a.csv", "a.btf", "bk",
+    "--tsv",
+    "--port",
+    "--axis",
+    "-o",
+    "--output",
+    "--motor",
+    "--start",
+    "--end",
+    "--seconds",
+    "--simulate",
+    "--simulate=qvane",
+    "--simulate=pan",
+    "--port=a.kdx",
+    "--seconds=0.5",
+    "--seconds=-1",
+    "--pty",
+    "--qvane",
+    "--seed",
+    "--noise",
+    "--record",
+    "--help",
+    "-h",
+    "a.kdx",
+    "b.bls",
+    "r.rec",
+    "r.rec_t",
+    "missing.kdx",
+    ".",
+    "0",
+    "1",
+    "2",
+    "3",
+    "tilt",
+    "roll",
+    "pan",
+    "yaw",
+    "-1",
+    "2147483647",
+    "2147483648",
+    "0.5",
+    "1e9",
+    "nan",
+    "inf",
+    "",
+    "--",
+    "out.csv",
+    "-",
+    "=",
+    "--json",
+    "--backup-dir",
+    "--no-backup",
+    "P=400",
+    "Poles=14",
+    "a.csv",
+    "a.btf",
+    "bk",
 };
 // No option takes these as a value twice running, so a line ending in them is refused.
 constexpr const char* kEnd = "--kdx-fuzz-end";
@@ -89,7 +139,8 @@ private:
 
 std::string word(FuzzedDataProvider& in)
 {
-    if (in.ConsumeIntegralInRange<int>(0, 3) > 0) return kWords[in.ConsumeIntegralInRange<std::size_t>(0, kWords.size() - 1)];
+    if (in.ConsumeIntegralInRange<int>(0, 3) > 0)
+        return kWords[in.ConsumeIntegralInRange<std::size_t>(0, kWords.size() - 1)];
     std::string text = in.ConsumeRandomLengthString(24);
     // A real command line holds no NUL; no "/" keeps every path inside the folder; no
     // line break, since a message naming such a file could not be one line.
@@ -105,7 +156,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     FuzzedDataProvider in(data, size);
     const Folder folder;
     std::vector<std::string> args;
-    if (in.ConsumeIntegralInRange<int>(0, 7) > 0) args.push_back(kCommands[in.ConsumeIntegralInRange<std::size_t>(0, kCommands.size() - 1)]);
+    if (in.ConsumeIntegralInRange<int>(0, 7) > 0)
+        args.push_back(kCommands[in.ConsumeIntegralInRange<std::size_t>(0, kCommands.size() - 1)]);
     const int count = in.ConsumeIntegralInRange<int>(0, 8);
     for (int i = 0; i < count && in.remaining_bytes() > 0; ++i) args.push_back(word(in));
     const bool runsUntilStopped = !args.empty() && (args[0] == "sim" || args[0] == "monitor");

@@ -64,7 +64,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     switch (pathKind(data[0])) {
     case PathKind::File: path = fuzz::writeScratchFile("input.kdx", file); break;
     case PathKind::Missing: path = fuzz::scratchDir() + "/missing.kdx"; break;
-    case PathKind::Folder: ::mkdir(folder.c_str(), 0700); path = folder; break;
+    case PathKind::Folder:
+        ::mkdir(folder.c_str(), 0700);
+        path = folder;
+        break;
     }
     const ConfigLoad load = loadConfigFile(path, qvane);
     if (pathKind(data[0]) != PathKind::File) {

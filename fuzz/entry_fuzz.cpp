@@ -86,7 +86,8 @@ void parameterEntry(DriverConfig& config, FuzzedDataProvider& in)
     if (stored != (value >= command.lower && value <= command.upper)) fail("an answer was taken against its range");
     const std::vector<float> after = currentValues(config);
     for (std::size_t i = 0; i < after.size(); ++i) {
-        const bool target = i / 2 == index && (static_cast<int>(i % 2) == motor || command.target == EntryTarget::DebugId);
+        const bool target =
+            i / 2 == index && (static_cast<int>(i % 2) == motor || command.target == EntryTarget::DebugId);
         if (!(target && stored) && std::memcmp(&after[i], &before[i], sizeof(float)) != 0)
             fail("an entry changed another parameter, or one it did not take");
     }
@@ -117,7 +118,8 @@ void gainEntry(GainPanel& panel, TypingDialogs& dialogs, FuzzedDataProvider& in)
     others[which] = before[which];
     if (!(others == before)) fail("a gain entry changed another gain");
     const float now = panel.values()[which];
-    if (now != before[which] && (!open || now < e.min || now > e.max)) fail("a gain entry stored a value out of its range");
+    if (now != before[which] && (!open || now < e.min || now > e.max))
+        fail("a gain entry stored a value out of its range");
     if (open && !dialogs.typed.empty() && typed >= e.min && typed <= e.max && now != toSingle(typed))
         fail("a gain typed within its range was not taken");
 }

@@ -51,7 +51,8 @@ struct ToolSide : MessageSink {
         if (qvane) fail("a KDX memory reply from a Q-Vane");
         if (m.length() != layout::DirectBytes + 3) fail("a memory reply of the wrong length");
         for (int i = 0; i < layout::DirectBytes; ++i)
-            if (m[i + 2] != memory[static_cast<std::size_t>(i / layout::MotorBlockSize)][static_cast<std::size_t>(i % layout::MotorBlockSize)])
+            if (m[i + 2] != memory[static_cast<std::size_t>(i / layout::MotorBlockSize)]
+                                  [static_cast<std::size_t>(i % layout::MotorBlockSize)])
                 fail("a memory reply differs from what the module was told to store");
     }
     void PutAxisMemoryMsg(const MsgView& m) override
@@ -60,7 +61,8 @@ struct ToolSide : MessageSink {
         if (m.length() != layout::RelayedBytes + 5) fail("a relayed memory reply of the wrong length");
         const auto& block = memory[static_cast<std::size_t>(m.id() - msg::AxisMemoryBase)];
         for (int i = 0; i < layout::RelayedBytes; ++i)
-            if (m[i + 2] != block[static_cast<std::size_t>(i)]) fail("a memory reply differs from what the module was told to store");
+            if (m[i + 2] != block[static_cast<std::size_t>(i)])
+                fail("a memory reply differs from what the module was told to store");
     }
     void PutMessageReceived(bool good) override
     {
@@ -91,9 +93,9 @@ std::vector<uint8_t> messageHead(FuzzedDataProvider& in, int& id)
     case 6: id = msg::SelectAxisBase + in.ConsumeIntegralInRange<int>(0, kAxes - 1); return {};
     case 7: // relayed: read, write, or a gain, test or tuning-drive message
         id = msg::RelayMarker;
-        return {in.PickValueInArray<uint8_t>({msg::RelayedReadBase, msg::RelayedReadBase + 1, msg::RelayedReadBase + 2,
-                                               msg::RelayedWriteBase, msg::RelayedWriteBase + 1, msg::RelayedWriteBase + 2,
-                                               msg::Gains, msg::TestDrive, msg::TuningDrive})};
+        return {in.PickValueInArray<uint8_t>(
+            {msg::RelayedReadBase, msg::RelayedReadBase + 1, msg::RelayedReadBase + 2, msg::RelayedWriteBase,
+             msg::RelayedWriteBase + 1, msg::RelayedWriteBase + 2, msg::Gains, msg::TestDrive, msg::TuningDrive})};
     default: id = in.ConsumeIntegral<uint8_t>(); return {};
     }
 }
@@ -127,7 +129,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
                 }
                 if (qvane && m[1] == msg::RelayMarker && payload == layout::RelayedBytes + 1 &&
                     m[2] >= msg::RelayedWriteBase && m[2] < msg::RelayedWriteBase + kAxes)
-                    std::copy_n(m.begin() + 3, layout::RelayedBytes, tool.memory[static_cast<std::size_t>(m[2] - msg::RelayedWriteBase)].begin());
+                    std::copy_n(m.begin() + 3, layout::RelayedBytes,
+                                tool.memory[static_cast<std::size_t>(m[2] - msg::RelayedWriteBase)].begin());
             }
             module.receive(std::span<const uint8_t>(&b, 1));
             out.clear();
@@ -138,9 +141,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
 
     while (in.remaining_bytes() > 0) {
         switch (in.ConsumeIntegralInRange<int>(0, 2)) {
-        case 0:
-            feed(in.ConsumeBytes<uint8_t>(in.ConsumeIntegralInRange<std::size_t>(1, 300)));
-            break;
+        case 0: feed(in.ConsumeBytes<uint8_t>(in.ConsumeIntegralInRange<std::size_t>(1, 300))); break;
         case 1: { // a well-formed frame; after a reset the parser must take it whole
             int id = 0;
             std::vector<uint8_t> payload = messageHead(in, id);
@@ -149,7 +150,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
             const std::vector<uint8_t> frame = buildFrame(id, payload, false);
             sim::InboundParser fresh;
             for (std::size_t i = 0; i < frame.size(); ++i)
-                if (fresh.push(frame[i]) != (i + 1 == frame.size())) fail("a well-formed frame was not taken at its last byte");
+                if (fresh.push(frame[i]) != (i + 1 == frame.size()))
+                    fail("a well-formed frame was not taken at its last byte");
             if (!std::equal(frame.begin() + 1, frame.end(), fresh.message().begin(), fresh.message().end()))
                 fail("the frame taken differs from the frame sent");
             std::vector<uint8_t> broken = frame;

@@ -82,7 +82,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
         const std::size_t mark = oldName.size() > 1 ? oldName.find('.', 1) : std::string_view::npos;
         const std::size_t end = mark == std::string_view::npos ? oldName.size() : mark;
         const std::string_view oldTail = oldName.substr(end);
-        if (caption.size() < oldTail.size() || caption.compare(caption.size() - oldTail.size(), oldTail.size(), oldTail) != 0)
+        if (caption.size() < oldTail.size() ||
+            caption.compare(caption.size() - oldTail.size(), oldTail.size(), oldTail) != 0)
             fail("Next changed the extension");
         const std::size_t newEnd = caption.size() - oldTail.size();
         if (last.empty() || newEnd < last.size() || caption.compare(newEnd - last.size(), last.size(), last) != 0)

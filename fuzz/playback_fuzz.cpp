@@ -99,7 +99,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     const std::vector<uint8_t> copy(text.begin(), text.end());
     const std::size_t kept = from < recording.size() ? std::min(count, recording.size() - from) : 0;
     if (copy.size() != kept || static_cast<std::size_t>(r.copied) != kept ||
-        !std::equal(copy.begin(), copy.end(), recording.begin() + static_cast<std::ptrdiff_t>(std::min(from, recording.size()))))
+        !std::equal(copy.begin(), copy.end(),
+                    recording.begin() + static_cast<std::ptrdiff_t>(std::min(from, recording.size()))))
         fail("the trimmed copy holds other bytes than the marked stretch");
     return 0;
 }

@@ -49,7 +49,10 @@ using namespace kdx;
 
 [[noreturn]] void fail(const char* what) { fuzz::fail("receiver", what); }
 
-std::size_t columns(std::string_view line) { return static_cast<std::size_t>(std::count(line.begin(), line.end(), ',')) + 1; }
+std::size_t columns(std::string_view line)
+{
+    return static_cast<std::size_t>(std::count(line.begin(), line.end(), ',')) + 1;
+}
 
 template <typename F>
 void guarded(F&& handler)
@@ -116,9 +119,7 @@ struct Consumers : MessageSink, LinkLossListener {
         switch (log.PutStringToLog(line)) {
         case LogWriter::PutResult::NotWritten: break;
         case LogWriter::PutResult::WriteFailed: fail("the log could not be written");
-        default:
-            expectedLog += line;
-            ++expectedLines;
+        default: expectedLog += line; ++expectedLines;
         }
     }
     // What follows a decoded message: a fault here loses a sample, a caption or a line.
@@ -252,7 +253,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
             if (id < 0) id = in.ConsumeIntegral<uint8_t>();
             const bool inverted = in.ConsumeBool();
             const bool fresh = in.ConsumeBool();
-            const std::vector<uint8_t> payload = in.ConsumeBytes<uint8_t>(in.ConsumeIntegralInRange<std::size_t>(0, 252));
+            const std::vector<uint8_t> payload =
+                in.ConsumeBytes<uint8_t>(in.ConsumeIntegralInRange<std::size_t>(0, 252));
             const std::vector<uint8_t> frame = buildFrame(id, payload, inverted);
             if (fresh) {
                 rx.ResetSync();
@@ -277,12 +279,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
             rx.CommsTimeout_Timer();
             if (!sink.log.flushIfDue()) fail("the log could not be written");
             break;
-        case 3:
-            rx.ResetSync();
-            break;
-        default:
-            sink.userAction(in);
-            break;
+        case 3: rx.ResetSync(); break;
+        default: sink.userAction(in); break;
         }
     }
     if (sink.good != rx.goodMessages || sink.bad != rx.badMessages) fail("the message counts disagree");

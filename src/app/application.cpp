@@ -14,7 +14,8 @@
 namespace kdx {
 
 Application::Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, Clock& clock)
-    : clock(clock), comms(port, dialogs, clock),
+    : clock(clock),
+      comms(port, dialogs, clock),
       logging(dialogs, clock),
       main(MainEntry::Peers{.dialogs = dialogs,
                             .keys = keys,
@@ -117,10 +118,8 @@ void Application::showWindow(ProgramWindow w)
 
 void Application::hideWindow(ProgramWindow w)
 {
-    if (w == ProgramWindow::Wait)
-        wait.stopWaiting();
-    else if (QWidget* widget = window(w))
-        widget->hide();
+    if (w == ProgramWindow::Wait) wait.stopWaiting();
+    else if (QWidget* widget = window(w)) widget->hide();
 }
 
 void Application::raiseWindow(ProgramWindow w)
@@ -157,7 +156,7 @@ bool Application::saveScreenshots(const QString& dirPath)
     }
     FrmAbout about(main, dialogs_, &main);
     const std::pair<QWidget*, const char*> windows[] = {
-        {&main, "main"},    {&graph, "tuning"}, {&comms, "comms-link"}, {&logging, "data-logging"},
+        {&main, "main"},           {&graph, "tuning"}, {&comms, "comms-link"}, {&logging, "data-logging"},
         {&debug, "debug-display"}, {&about, "about"},  {&wait, "wait"},
     };
     restoreWishedSizes(); // pictures at the design size, whatever the screen they were made on

@@ -32,8 +32,7 @@ class Dialogs;
 class KeyState;
 class SerialPort;
 
-class Application : private ProgramWindows, private TuningDisplay, private LinkLossListener,
-                    private PortStatus {
+class Application : private ProgramWindows, private TuningDisplay, private LinkLossListener, private PortStatus {
 public:
     // The adapters are referenced and must outlive the application. `clock` times the
     // telemetry log's flushes and the playback's pace.
@@ -106,7 +105,7 @@ private:
 
     Dialogs& dialogs_;
     bool ended_ = false;
-    std::set<const QWidget*> placed_; // windows that have had their first place
+    std::set<const QWidget*> placed_;             // windows that have had their first place
     std::map<const QWidget*, WindowSize> wishes_; // the working windows' sizes before any cut
 };
 

@@ -19,10 +19,7 @@ namespace {
 // desktops commonly draw them.
 constexpr QSize kFrameAllowance{4, 30};
 
-QSize frameExtra(const QWidget* w)
-{
-    return w->isVisible() ? w->frameGeometry().size() - w->size() : kFrameAllowance;
-}
+QSize frameExtra(const QWidget* w) { return w->isVisible() ? w->frameGeometry().size() - w->size() : kFrameAllowance; }
 
 WindowSize wish(const QWidget* w)
 {
@@ -77,17 +74,15 @@ void Application::placeOnFirstShow(QWidget* w)
     if (placed_.count(w)) return;
     placed_.insert(w);
     std::vector<PlaceRect> taken;
-    for (QWidget* other : {static_cast<QWidget*>(&main), static_cast<QWidget*>(&graph),
-                           static_cast<QWidget*>(&logging), static_cast<QWidget*>(&comms),
-                           static_cast<QWidget*>(&debug), static_cast<QWidget*>(&wait)})
+    for (QWidget* other : {static_cast<QWidget*>(&main), static_cast<QWidget*>(&graph), static_cast<QWidget*>(&logging),
+                           static_cast<QWidget*>(&comms), static_cast<QWidget*>(&debug), static_cast<QWidget*>(&wait)})
         if (other != w && other->isVisible()) taken.push_back(toPlace(other->frameGeometry()));
     putAt(w, placeWindow(toPlace(availableArea()), taken, wish(w)));
 }
 
 void Application::restoreWishedSizes()
 {
-    for (const auto& [w, size] : wishes_)
-        const_cast<QWidget*>(w)->resize(QSize(size.w, size.h) - kFrameAllowance);
+    for (const auto& [w, size] : wishes_) const_cast<QWidget*>(w)->resize(QSize(size.w, size.h) - kFrameAllowance);
 }
 
 } // namespace kdx

@@ -51,7 +51,8 @@ std::optional<Options> parseOptions(bool textOnly)
     parser.addHelpOption();
     parser.addVersionOption();
     QCommandLineOption portOption(
-        "port", "Select the serial port PATH (added to the port list if a scan does not find it), e.g. --port /dev/ttyUSB0.",
+        "port",
+        "Select the serial port PATH (added to the port list if a scan does not find it), e.g. --port /dev/ttyUSB0.",
         "PATH");
     parser.addOption(portOption);
     QCommandLineOption simulateOption(
@@ -66,8 +67,8 @@ std::optional<Options> parseOptions(bool textOnly)
         "picture of each window as DIR/NAME.png and exit, e.g. --screenshot pictures.",
         "DIR");
     parser.addOption(screenshotOption);
-    parser.addPositionalArgument("FILE", "A configuration backup (.kdx) to load, or a tuning file (.btf) for the tuning window.",
-                                 "[FILE]");
+    parser.addPositionalArgument(
+        "FILE", "A configuration backup (.kdx) to load, or a tuning file (.btf) for the tuning window.", "[FILE]");
     // --simulate takes an optional value; Qt's parser wants one, so a bare flag is
     // rewritten before parsing.
     QStringList args = QCoreApplication::arguments();
@@ -86,7 +87,6 @@ std::optional<Options> parseOptions(bool textOnly)
         return std::nullopt;
     }
     return o;
-
 }
 
 } // namespace
@@ -103,7 +103,8 @@ int main(int argc, char** argv)
     const std::unique_ptr<QCoreApplication> app =
         textOnly ? std::make_unique<QCoreApplication>(argc, argv) : std::make_unique<QApplication>(argc, argv);
     QApplication::setApplicationName("KDX Tool");
-    QApplication::setApplicationVersion(QString("%1.%2.%3").arg(KDX_VERSION_MAJOR).arg(KDX_VERSION_MINOR).arg(KDX_VERSION_PATCH));
+    QApplication::setApplicationVersion(
+        QString("%1.%2.%3").arg(KDX_VERSION_MAJOR).arg(KDX_VERSION_MINOR).arg(KDX_VERSION_PATCH));
 
     const std::optional<Options> options = parseOptions(textOnly);
     if (!options) return 2;
@@ -130,8 +131,7 @@ int main(int argc, char** argv)
     kdx::guarded("selectPort", [&] {
         if (!simulate.isEmpty())
             program.comms.selectPortByName(simulate == "qvane" ? kdx::QtSimPort::QVaneName : kdx::QtSimPort::KdxName);
-        else if (!portPath.isEmpty())
-            program.comms.selectPortByName(portPath.toStdString());
+        else if (!portPath.isEmpty()) program.comms.selectPortByName(portPath.toStdString());
     });
     const QStringList& files = options->files;
     if (!files.isEmpty()) {
@@ -170,7 +170,8 @@ int main(int argc, char** argv)
         });
         sweepWatch.start();
         // Without a module answering, the pictures are taken all the same.
-        QTimer::singleShot(kScreenshotLimitMs, [&] { QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1); });
+        QTimer::singleShot(kScreenshotLimitMs,
+                           [&] { QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1); });
     }
     const int rc = QCoreApplication::exec();
     program.comms.unload(); // the port is closed however the loop ended

@@ -9,22 +9,27 @@
 namespace kdx::cli {
 
 // --port of the commands that read or write modules' memory, many at once.
-inline constexpr OptionSpec kPortsOption{
-    .name = "--port", .takes = Takes::Value, .metavar = "DEV", .repeats = true, .required = true,
-    .help = "serial port, e.g. /dev/ttyUSB0; give it again for more\n"
-            "modules, which are then served all at once"};
+inline constexpr OptionSpec kPortsOption{.name = "--port",
+                                         .takes = Takes::Value,
+                                         .metavar = "DEV",
+                                         .repeats = true,
+                                         .required = true,
+                                         .help = "serial port, e.g. /dev/ttyUSB0; give it again for more\n"
+                                                 "modules, which are then served all at once"};
 
 // --json of the commands that can print their result as one JSON object.
-inline constexpr OptionSpec kJsonOption{
-    .name = "--json", .help = "print the result as one line of JSON (its fields are\n"
-                              "listed in the README)"};
+inline constexpr OptionSpec kJsonOption{.name = "--json",
+                                        .help = "print the result as one line of JSON (its fields are\n"
+                                                "listed in the README)"};
 
 // --axis of the commands that serve many modules.
-inline constexpr OptionSpec kAxesOption{
-    .name = "--axis", .takes = Takes::Value, .metavar = "A", .repeats = true,
-    .help = "through a Q-Vane: select the axis first, tilt, roll or\n"
-            "pan (or 0, 1, 2; default tilt); once for every port, or\n"
-            "once per --port"};
+inline constexpr OptionSpec kAxesOption{.name = "--axis",
+                                        .takes = Takes::Value,
+                                        .metavar = "A",
+                                        .repeats = true,
+                                        .help = "through a Q-Vane: select the axis first, tilt, roll or\n"
+                                                "pan (or 0, 1, 2; default tilt); once for every port, or\n"
+                                                "once per --port"};
 
 // "tilt"/"roll"/"pan" (or 0/1/2) to the Q-Vane axis number.
 std::optional<int> parseAxis(const std::string& s);

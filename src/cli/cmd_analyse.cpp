@@ -23,12 +23,16 @@ namespace kdx::cli {
 namespace {
 
 const OptionSpec kOptions[] = {
-    {.name = "--motor", .takes = Takes::Value, .metavar = "M", .needs = "1 or 2",
+    {.name = "--motor",
+     .takes = Takes::Value,
+     .metavar = "M",
+     .needs = "1 or 2",
      .help = "the motor of a direct two-motor log, 1 or 2 as on the Tuning\n"
              "Display's motor buttons (default 1); tuning files and Q-Vane\n"
              "logs hold one motor"},
-    {.name = "--tsv", .help = "tab-separated columns under a header line; an absent value\n"
-                              "is an empty field"},
+    {.name = "--tsv",
+     .help = "tab-separated columns under a header line; an absent value\n"
+             "is an empty field"},
     {.name = "--json", .help = "one JSON object per line and file; an absent value is null"},
 };
 
@@ -51,7 +55,10 @@ const Syntax kAnalyseSyntax{
              "A file that cannot be read is reported on standard error; the others are\n"
              "still analysed.",
     .options = kOptions,
-    .positionals = {.min = 1, .max = INT_MAX, .missing = "no file given", .name = "FILE",
+    .positionals = {.min = 1,
+                    .max = INT_MAX,
+                    .missing = "no file given",
+                    .name = "FILE",
                     .help = "a .btf tuning file, an exported sweep or a telemetry log (.csv)"},
     .helpColumn = 14,
     .example = "kdxctl analyse before.btf after.btf\n"

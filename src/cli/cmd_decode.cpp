@@ -29,7 +29,11 @@ constexpr std::size_t kReadBlock = 1 << 20;  // bytes read from the recording at
 constexpr std::size_t kWriteBlock = 1 << 20; // log text collected before it is written
 
 const OptionSpec kOptions[] = {
-    {.name = "-o", .alias = "--output", .takes = Takes::Value, .metavar = "OUT", .needs = "a file name",
+    {.name = "-o",
+     .alias = "--output",
+     .takes = Takes::Value,
+     .metavar = "OUT",
+     .needs = "a file name",
      .help = "write the log to OUT instead of standard output; OUT is\n"
              "replaced only once the whole log is written, and an\n"
              "interrupted decode leaves no partial file behind"},
@@ -50,8 +54,11 @@ const Syntax kDecodeSyntax{
              "standard output; the byte and message counts go to standard error. A\n"
              "recording without telemetry is an error, and then no log is written.",
     .options = kOptions,
-    .positionals = {.min = 1, .max = 1, .missing = "no recording given",
-                    .extra = "one recording at a time ('{}' is extra)", .name = "RECORDING",
+    .positionals = {.min = 1,
+                    .max = 1,
+                    .missing = "no recording given",
+                    .extra = "one recording at a time ('{}' is extra)",
+                    .name = "RECORDING",
                     .help = "raw serial bytes: a saved Comms Link recording, or the\n"
                             "output of kdxctl sim --record"},
     .helpColumn = 21,
@@ -289,8 +296,8 @@ int runDecode(const Arguments& args, CommandIo& io)
         (outPath.empty() ? io.err : io.out) << w.line();
         return 0;
     }
-    io.err << "decode: bytes " << bytes << ", good messages " << rx.goodMessages << ", bad messages "
-           << rx.badMessages << ", noise bytes " << noise << ", log lines " << log.lines();
+    io.err << "decode: bytes " << bytes << ", good messages " << rx.goodMessages << ", bad messages " << rx.badMessages
+           << ", noise bytes " << noise << ", log lines " << log.lines();
     if (log.undecodable() > 0) io.err << ", undecodable cyclic messages " << log.undecodable();
     io.err << "\n";
     return 0;

@@ -22,13 +22,21 @@ namespace {
 constexpr int kSame = 0, kDifferent = 1, kTrouble = 2;
 
 const OptionSpec kOptions[] = {
-    {.name = "--port", .takes = Takes::Value, .metavar = "DEV", .repeats = true,
+    {.name = "--port",
+     .takes = Takes::Value,
+     .metavar = "DEV",
+     .repeats = true,
      .help = "read a module instead of a file; given twice, both sides\n"
              "are modules (A is the first source on the command line)"},
-    {.name = "--axis", .takes = Takes::Value, .metavar = "A", .repeats = true,
+    {.name = "--axis",
+     .takes = Takes::Value,
+     .metavar = "A",
+     .repeats = true,
      .help = "through a Q-Vane: the axis to read, tilt, roll or pan\n"
              "(default tilt); once for every port, or once per --port"},
-    {.name = "--motor", .takes = Takes::Value, .metavar = "M",
+    {.name = "--motor",
+     .takes = Takes::Value,
+     .metavar = "M",
      .help = "the motor of a two-axis side compared with a single-axis\n"
              "one, 1 or 2 (default 1)"},
     {.name = "--tsv", .help = "print name<TAB>motor<TAB>A<TAB>B lines without a heading"},
@@ -58,9 +66,9 @@ const Syntax kDiffSyntax{
 namespace {
 
 struct Side {
-    std::string source;  // the file or the port
+    std::string source; // the file or the port
     bool port = false;
-    std::string target;  // a module's "KDX" or "Q-Vane axis Roll"
+    std::string target; // a module's "KDX" or "Q-Vane axis Roll"
     ConfigSnapshot config;
 };
 
@@ -98,7 +106,8 @@ int runDiff(const Arguments& args, CommandIo& io)
         }
         side.port = true;
         ModuleLink link(value);
-        if (!link.connect((*jobs)[nextJob++].axis, error) || !link.read(side.config.image, error)) return trouble(error);
+        if (!link.connect((*jobs)[nextJob++].axis, error) || !link.read(side.config.image, error))
+            return trouble(error);
         side.target = link.targetName();
         side.config.twoAxis = !link.qvane();
     }
@@ -115,7 +124,16 @@ int runDiff(const Arguments& args, CommandIo& io)
         }
         w.key("equal").value(differences.empty()).key("differences").beginArray();
         for (const ParamDifference& d : differences)
-            w.beginObject().key("name").value(d.name).key("motor").value(d.motor + 1).key("a").value(d.a).key("b").value(d.b).endObject();
+            w.beginObject()
+                .key("name")
+                .value(d.name)
+                .key("motor")
+                .value(d.motor + 1)
+                .key("a")
+                .value(d.a)
+                .key("b")
+                .value(d.b)
+                .endObject();
         io.out << w.endArray().endObject().line();
     } else if (tsv) {
         for (const ParamDifference& d : differences)

@@ -26,18 +26,23 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-constexpr int kPollMs = 100;            // longest wait for bytes before checking the clock
-constexpr double kSimTick = 0.01;       // the simulated module is advanced 100 times a second
-constexpr double kProbeInterval = 1.0;  // asks a Q-Vane for its Tilt axis until telemetry comes
+constexpr int kPollMs = 100;           // longest wait for bytes before checking the clock
+constexpr double kSimTick = 0.01;      // the simulated module is advanced 100 times a second
+constexpr double kProbeInterval = 1.0; // asks a Q-Vane for its Tilt axis until telemetry comes
 
 const OptionSpec kOptions[] = {
-    {.name = "--port", .takes = Takes::Value, .metavar = "DEV",
+    {.name = "--port",
+     .takes = Takes::Value,
+     .metavar = "DEV",
      .help = "serial port, e.g. /dev/ttyUSB0 (or --port=DEV)"},
-    {.name = "--simulate", .takes = Takes::OptionalValue,
+    {.name = "--simulate",
+     .takes = Takes::OptionalValue,
      .help = "the built-in simulated KDX, run in real time, instead of\n"
              "a port; --simulate=qvane simulates a Q-Vane with three\n"
              "KDX axes"},
-    {.name = "--seconds", .takes = Takes::Value, .metavar = "S",
+    {.name = "--seconds",
+     .takes = Takes::Value,
+     .metavar = "S",
      .help = "stop after S seconds (a positive number, e.g. 2.5, or\n"
              "--seconds=S); without it the monitor runs until Ctrl+C"},
 };
@@ -211,8 +216,8 @@ int runMonitor(const Arguments& args, CommandIo& io)
     }
     std::signal(SIGINT, previous == SIG_ERR ? SIG_DFL : previous);
 
-    io.err << "monitor: bytes " << total << ", good messages " << rx.goodMessages << ", bad messages "
-           << rx.badMessages << ", log lines " << log.lines() << "\n";
+    io.err << "monitor: bytes " << total << ", good messages " << rx.goodMessages << ", bad messages " << rx.badMessages
+           << ", log lines " << log.lines() << "\n";
     if (rc == 0 && !log.headerWritten()) {
         io.err << "kdxctl: monitor: no cyclic telemetry received\n";
         rc = 1;

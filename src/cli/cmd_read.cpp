@@ -23,11 +23,16 @@ namespace {
 const OptionSpec kOptions[] = {
     kPortsOption,
     kAxesOption,
-    {.name = "-o", .takes = Takes::Value, .metavar = "FILE",
+    {.name = "-o",
+     .takes = Takes::Value,
+     .metavar = "FILE",
      .help = "the backup file of a single module (default\n"
              "kdx-backup-YYYYMMDD-HHMMSS.kdx or .bls in the current\n"
              "folder); an existing file is replaced"},
-    {.name = "--backup-dir", .takes = Takes::Value, .metavar = "DIR", .needs = "a folder",
+    {.name = "--backup-dir",
+     .takes = Takes::Value,
+     .metavar = "DIR",
+     .needs = "a folder",
      .help = "save the backups in DIR, named after their ports (with\n"
              "several ports the default is a new folder\n"
              "kdx-backup-YYYYMMDD-HHMMSS)"},
@@ -107,7 +112,8 @@ int runRead(const Arguments& args, CommandIo& io)
             // The backup holds the module's bytes as read, with the image checksum a
             // saved configuration carries; it is kept even if the table cannot be shown.
             const std::string ext = link.qvane() ? ".bls" : ".kdx";
-            const std::string path = !folder.empty() ? folder + "/" + backupFileName(job.port, link.qvane(), job.axis.value_or(0))
+            const std::string path = !folder.empty()
+                                         ? folder + "/" + backupFileName(job.port, link.qvane(), job.axis.value_or(0))
                                      : !output.empty() ? output
                                                        : datedBackupName() + ext;
             if (const auto box = saveConfigFile(path, image, !link.qvane())) {

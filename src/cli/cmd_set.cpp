@@ -22,10 +22,15 @@ namespace kdx::cli {
 namespace {
 
 const OptionSpec kOptions[] = {
-    {.name = "--motor", .takes = Takes::Value, .metavar = "M",
+    {.name = "--motor",
+     .takes = Takes::Value,
+     .metavar = "M",
      .help = "the motor to change, 1 or 2 as kdxtool numbers them (0 also\n"
              "means 1); needed for a two-axis file"},
-    {.name = "-o", .takes = Takes::Value, .metavar = "OUT", .needs = "a file name",
+    {.name = "-o",
+     .takes = Takes::Value,
+     .metavar = "OUT",
+     .needs = "a file name",
      .help = "write the result to OUT instead of replacing FILE"},
 };
 
@@ -42,7 +47,9 @@ const Syntax kSetSyntax{
              "one step. A value outside its range is dropped, as the window drops it; then\n"
              "nothing is written and the exit status is 1.",
     .options = kOptions,
-    .positionals = {.min = 2, .max = 1000, .missing = "expected a configuration file and NAME=VALUE",
+    .positionals = {.min = 2,
+                    .max = 1000,
+                    .missing = "expected a configuration file and NAME=VALUE",
                     .extra = "too many changes ('{}' is extra)"},
     .helpColumn = 13,
     .example = "kdxctl set gimbal.kdx --motor 2 PTerm=120 DTerm=40\n"
@@ -140,7 +147,8 @@ int runSet(const Arguments& args, CommandIo& io)
     const ConfigLoad load = loadConfigInput(file, error, "nothing was changed");
     if (load.status == ConfigLoadStatus::Failed) return fail(error);
     if (load.twoAxis() && !motor) return args.usageError(io, file + " holds two motors: say which with --motor 1 or 2");
-    if (!load.twoAxis() && motor.value_or(0) != 0) return args.usageError(io, file + " holds one motor block: --motor 1");
+    if (!load.twoAxis() && motor.value_or(0) != 0)
+        return args.usageError(io, file + " holds one motor block: --motor 1");
     const int m = motor.value_or(0);
 
     DriverConfig config;

@@ -20,16 +20,28 @@ const OptionSpec kOptions[] = {
     {.name = "--pty",
      .help = "serve on a new pseudo-terminal in real time; the first line of\n"
              "output is the device path. Runs until interrupted (Ctrl+C)."},
-    {.name = "--record", .takes = Takes::Value, .metavar = "FILE", .needs = "a file name",
+    {.name = "--record",
+     .takes = Takes::Value,
+     .metavar = "FILE",
+     .needs = "a file name",
      .help = "write S seconds of the module's output to FILE as a recording,\n"
              "as fast as the machine allows"},
-    {.name = "--seconds", .takes = Takes::Value, .metavar = "S", .needs = "a number above 0 and up to 86400",
+    {.name = "--seconds",
+     .takes = Takes::Value,
+     .metavar = "S",
+     .needs = "a number above 0 and up to 86400",
      .help = "simulated seconds to record (up to 86400)"},
     {.name = "--qvane", .help = "a Q-Vane instead of a directly connected KDX"},
-    {.name = "--seed", .takes = Takes::Value, .metavar = "N", .needs = "a whole number 0 or more",
+    {.name = "--seed",
+     .takes = Takes::Value,
+     .metavar = "N",
+     .needs = "a whole number 0 or more",
      .help = "seed of the simulated hand's motion (default 1); the same seed\n"
              "gives the same run"},
-    {.name = "--noise", .takes = Takes::Value, .metavar = "RATE", .needs = "a fraction from 0 to 1",
+    {.name = "--noise",
+     .takes = Takes::Value,
+     .metavar = "RATE",
+     .needs = "a fraction from 0 to 1",
      .help = "corrupt this fraction of output bytes (0 to 1, default 0)"},
 };
 
@@ -70,17 +82,19 @@ int servePty(const sim::SimOptions& options, CommandIo& io)
     struct sigaction action {};
     action.sa_handler = onStopSignal;
     sigemptyset(&action.sa_mask);
-    struct sigaction oldInt {}, oldTerm {};
+    struct sigaction oldInt {
+    }, oldTerm{};
     g_stop = 0;
     sigaction(SIGINT, &action, &oldInt);
     sigaction(SIGTERM, &action, &oldTerm);
 
     io.out << bridge.devicePath() << std::endl;
-    io.err << "kdxctl sim: a simulated " << (options.qvane ? "Q-Vane" : "KDX") << " is on "
-           << bridge.devicePath() << "; Ctrl+C stops it\n";
+    io.err << "kdxctl sim: a simulated " << (options.qvane ? "Q-Vane" : "KDX") << " is on " << bridge.devicePath()
+           << "; Ctrl+C stops it\n";
 
     sim::Simulator simulator(options);
-    const bool ok = bridge.serve(simulator, [] { return g_stop != 0; }, error);
+    const bool ok = bridge.serve(
+        simulator, [] { return g_stop != 0; }, error);
 
     sigaction(SIGINT, &oldInt, nullptr);
     sigaction(SIGTERM, &oldTerm, nullptr);

@@ -14,9 +14,15 @@ namespace kdx::cli {
 namespace {
 
 const OptionSpec kOptions[] = {
-    {.name = "--start", .takes = Takes::Value, .metavar = "N", .needs = "a byte count",
+    {.name = "--start",
+     .takes = Takes::Value,
+     .metavar = "N",
+     .needs = "a byte count",
      .help = "the start mark, in bytes (0 .. 2147483647)"},
-    {.name = "--end", .takes = Takes::Value, .metavar = "M", .needs = "a byte count",
+    {.name = "--end",
+     .takes = Takes::Value,
+     .metavar = "M",
+     .needs = "a byte count",
      .help = "the end mark, in bytes, not before N; the copy holds M - N + 1\n"
              "bytes, or 2 when M equals N"},
 };
@@ -33,7 +39,9 @@ const Syntax kTrimSyntax{
              "refused before anything is written, and the copy is written to a temporary\n"
              "file first, so a failure never leaves a partial copy in place of a good one.",
     .options = kOptions,
-    .positionals = {.min = 1, .max = 1, .missing = "no recording given",
+    .positionals = {.min = 1,
+                    .max = 1,
+                    .missing = "no recording given",
                     .extra = "one recording at a time ('{}' is extra)"},
     .helpColumn = 14,
     .example = "kdxctl trim 'Run 0.Log' --start 40960 --end 81920   # writes 'Run 0.Log_t'",
@@ -50,7 +58,8 @@ int runTrim(const Arguments& args, CommandIo& io)
             return args.usageError(io, std::string(option) + " takes a byte count 0 .. 2147483647, not '" + text + "'");
     }
     if (!start || !end) return args.usageError(io, "both --start and --end are needed");
-    if (*end < *start) return args.usageError(io, "--end " + std::to_string(*end) + " is before --start " + std::to_string(*start));
+    if (*end < *start)
+        return args.usageError(io, "--end " + std::to_string(*end) + " is before --start " + std::to_string(*start));
 
     std::error_code ec;
     const auto size = std::filesystem::file_size(recording, ec);

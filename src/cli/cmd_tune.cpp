@@ -33,22 +33,38 @@ namespace kdx::cli {
 namespace {
 
 const OptionSpec kOptions[] = {
-    {.name = "--port", .takes = Takes::Value, .metavar = "DEV", .required = true,
+    {.name = "--port",
+     .takes = Takes::Value,
+     .metavar = "DEV",
+     .required = true,
      .help = "serial port, e.g. /dev/ttyUSB0 (or kdxctl sim --pty's path)"},
-    {.name = "--motor", .takes = Takes::Value, .metavar = "N", .needs = "1 or 2", .required = true,
+    {.name = "--motor",
+     .takes = Takes::Value,
+     .metavar = "N",
+     .needs = "1 or 2",
+     .required = true,
      .help = "the motor to tune, 1 or 2 as on the Tuning Display (1\n"
              "through a Q-Vane: its Tilt axis)"},
-    {.name = "--gains", .takes = Takes::Value, .metavar = "P,D",
+    {.name = "--gains",
+     .takes = Takes::Value,
+     .metavar = "P,D",
      .help = "start from this P and D (in %) instead of the module's\n"
              "configured ones; its other gains stay as configured"},
-    {.name = "--search", .takes = Takes::Value, .metavar = "LIST",
+    {.name = "--search",
+     .takes = Takes::Value,
+     .metavar = "LIST",
      .help = "the gains to search, in order, from P, D, I and IA\n"
              "(default P,D)"},
-    {.name = "--max-factor", .takes = Takes::Value, .metavar = "F",
+    {.name = "--max-factor",
+     .takes = Takes::Value,
+     .metavar = "F",
      .help = "keep each gain within start / F .. start x F, 1 to 10\n"
              "(default 2); a gain starting at 0 may reach F x 2.5\n"
              "coarse steps"},
-    {.name = "--sweep", .takes = Takes::Value, .metavar = "S", .needs = "4 or 10",
+    {.name = "--sweep",
+     .takes = Takes::Value,
+     .metavar = "S",
+     .needs = "4 or 10",
      .help = "seconds each candidate is measured, 4 or 10 (default 4),\n"
              "after 2 s of settling"},
     kJsonOption,
@@ -232,10 +248,11 @@ void printJson(std::ostream& out, const TuningGuide& guide, int motor)
     out << "{\"motor\":" << motor << ",\"start\":" << gainsText(guide, guide.startGains(), true) << ",\"rows\":[";
     for (std::size_t i = 0; i < guide.rows().size(); ++i) {
         const GuideRow& r = guide.rows()[i];
-        out << (i ? "," : "") << "{\"gains\":" << gainsText(guide, r.gains, true) << ",\"err_rms\":" << fixed(r.errorRms, 3)
-            << ",\"err_peak\":" << fixed(r.errorPeak, 3) << ",\"ringing\":" << fixed(r.ringing, 2)
-            << ",\"overshoot_pct\":" << (r.overshoot ? fixed(*r.overshoot, 1) : "null") << ",\"score\":"
-            << fixed(r.score, 3) << "}";
+        out << (i ? "," : "") << "{\"gains\":" << gainsText(guide, r.gains, true)
+            << ",\"err_rms\":" << fixed(r.errorRms, 3) << ",\"err_peak\":" << fixed(r.errorPeak, 3)
+            << ",\"ringing\":" << fixed(r.ringing, 2)
+            << ",\"overshoot_pct\":" << (r.overshoot ? fixed(*r.overshoot, 1) : "null")
+            << ",\"score\":" << fixed(r.score, 3) << "}";
     }
     out << "],\"best\":";
     if (const auto b = guide.best()) out << gainsText(guide, b->gains, true);
@@ -293,7 +310,7 @@ int runTune(const Arguments& args, CommandIo& io)
     DriverConfig config;
     config.image() = image;
     config.ImageToParams();
-    GainSet start{config.GetP(*motor), config.GetI(*motor), config.GetIA(*motor), config.GetD(*motor),
+    GainSet start{config.GetP(*motor),  config.GetI(*motor),  config.GetIA(*motor), config.GetD(*motor),
                   config.GetV1(*motor), config.GetV2(*motor), config.GetG(*motor)};
     if (startPD) {
         start.P = static_cast<float>(startPD->first);
@@ -317,13 +334,15 @@ int runTune(const Arguments& args, CommandIo& io)
 
     // The tuning drive: switched on unless it already runs, and off again at the end.
     const auto listenUntil = Clock::now() + std::chrono::milliseconds(kFirstTelemetryMs);
-    while (!sink.seen && !g_interrupted && Clock::now() < listenUntil && pump(50)) {}
+    while (!sink.seen && !g_interrupted && Clock::now() < listenUntil && pump(50)) {
+    }
     bool driveSwitched = false;
     auto toggleDrive = [&] {
         const int bit = 1 << *motor;
-        const auto frame = link.qvane() ? buildFrame(msg::RelayMarker, {static_cast<uint8_t>(msg::TuningDrive),
-                                                                        static_cast<uint8_t>(1 + 128 + 16 * link.axis())})
-                                        : buildFrame(msg::TuningDrive, {static_cast<uint8_t>(bit)});
+        const auto frame = link.qvane()
+                               ? buildFrame(msg::RelayMarker, {static_cast<uint8_t>(msg::TuningDrive),
+                                                               static_cast<uint8_t>(1 + 128 + 16 * link.axis())})
+                               : buildFrame(msg::TuningDrive, {static_cast<uint8_t>(bit)});
         std::string e;
         link.send(frame, e);
     };
@@ -340,7 +359,8 @@ int runTune(const Arguments& args, CommandIo& io)
         const bool progress = &io.err == &std::cerr && ::isatty(STDERR_FILENO);
         if (progress)
             io.err << "tune: " << guide.plannedSweeps() << " sweeps of "
-               << (settings.settleSamples + settings.sweepSamples) / 100 << " s each; Ctrl+C stops and restores the gains\n";
+                   << (settings.settleSamples + settings.sweepSamples) / 100
+                   << " s each; Ctrl+C stops and restores the gains\n";
         guide.start(start, false);
         auto nextTick = Clock::now() + std::chrono::milliseconds(kGainMsgMs);
         std::size_t reported = 0;

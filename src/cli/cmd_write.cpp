@@ -20,11 +20,16 @@ namespace {
 const OptionSpec kOptions[] = {
     kPortsOption,
     kAxesOption,
-    {.name = "--motor", .takes = Takes::Value, .metavar = "M",
+    {.name = "--motor",
+     .takes = Takes::Value,
+     .metavar = "M",
      .help = "through a Q-Vane with a two-axis file: the motor block\n"
              "to write, 1 or 2 as kdxtool numbers them (default 1; 0\n"
              "also means motor 1)"},
-    {.name = "--backup-dir", .takes = Takes::Value, .metavar = "DIR", .needs = "a folder",
+    {.name = "--backup-dir",
+     .takes = Takes::Value,
+     .metavar = "DIR",
+     .needs = "a folder",
      .help = "save each module's configuration in DIR before writing\n"
              "(default: a new kdx-backup-YYYYMMDD-HHMMSS folder in the\n"
              "current one)"},
@@ -64,7 +69,8 @@ int runWrite(const Arguments& args, CommandIo& io)
     const auto motor = args.has("--motor") ? parseMotor(args.value("--motor")) : std::optional<int>(0);
     if (!motor) return args.usageError(io, "--motor is 1 or 2");
     const bool backups = !args.has("--no-backup");
-    if (!backups && args.has("--backup-dir")) return args.usageError(io, "--no-backup and --backup-dir exclude each other");
+    if (!backups && args.has("--backup-dir"))
+        return args.usageError(io, "--no-backup and --backup-dir exclude each other");
     const bool json = args.has("--json");
 
     auto fail = [&](const std::string& why) {
@@ -120,8 +126,13 @@ int runWrite(const Arguments& args, CommandIo& io)
     backupFolder.finish();
     if (json) {
         JsonWriter w;
-        w.beginObject().key("command").value("write").key("file").value(file).key("backupDir").valueOrNull(
-            backupFolder.path());
+        w.beginObject()
+            .key("command")
+            .value("write")
+            .key("file")
+            .value(file)
+            .key("backupDir")
+            .valueOrNull(backupFolder.path());
         w.key("ok").value(ok);
         summaryJson(w, outcomes);
         io.out << w.endObject().line();

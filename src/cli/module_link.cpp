@@ -95,7 +95,7 @@ std::optional<std::vector<ModuleJob>> moduleJobs(const Arguments& args, std::str
     std::vector<ModuleJob> jobs;
     for (std::size_t i = 0; i < ports.size(); ++i) {
         if (!samePortTwice && std::find(ports.begin(), ports.begin() + static_cast<std::ptrdiff_t>(i), ports[i]) !=
-            ports.begin() + static_cast<std::ptrdiff_t>(i)) {
+                                  ports.begin() + static_cast<std::ptrdiff_t>(i)) {
             usage = "port " + ports[i] + " given twice";
             return std::nullopt;
         }
@@ -178,7 +178,8 @@ std::string backupFileName(const std::string& port, bool qvane, int axis)
     std::replace(name.begin(), name.end(), '/', '_');
     if (qvane) {
         std::string axisName = AxisName(axis);
-        std::transform(axisName.begin(), axisName.end(), axisName.begin(), [](unsigned char c) { return std::tolower(c); });
+        std::transform(axisName.begin(), axisName.end(), axisName.begin(),
+                       [](unsigned char c) { return std::tolower(c); });
         name += "-" + axisName;
     }
     return name + (qvane ? ".bls" : ".kdx");

@@ -28,7 +28,8 @@ std::string alignedTable(const std::vector<std::vector<std::string>>& rows)
 std::string summaryTable(const std::vector<ModuleOutcome>& outcomes)
 {
     std::vector<std::vector<std::string>> rows{{"port", "target", "result", "detail"}};
-    for (const ModuleOutcome& o : outcomes) rows.push_back({o.port, o.target.empty() ? "-" : o.target, o.result, o.detail});
+    for (const ModuleOutcome& o : outcomes)
+        rows.push_back({o.port, o.target.empty() ? "-" : o.target, o.result, o.detail});
     return alignedTable(rows);
 }
 
@@ -65,7 +66,8 @@ int batchExit(std::ostream& err, const std::vector<ModuleOutcome>& outcomes, std
     if (outcomes.size() == 1) {
         err << "kdxctl: " << outcomes[0].detail << "\n";
     } else {
-        const auto failed = std::count_if(outcomes.begin(), outcomes.end(), [](const ModuleOutcome& o) { return !o.ok(); });
+        const auto failed =
+            std::count_if(outcomes.begin(), outcomes.end(), [](const ModuleOutcome& o) { return !o.ok(); });
         err << "kdxctl: " << failed << " of " << outcomes.size() << " modules " << failedWhat << "\n";
     }
     return 1;

@@ -54,7 +54,8 @@ const std::string& Arguments::value(std::string_view option) const
 
 const std::vector<std::string>& Arguments::values(std::string_view option) const { return given(option).values; }
 
-std::vector<std::pair<std::string, std::string>> Arguments::inOrder(std::initializer_list<std::string_view> options) const
+std::vector<std::pair<std::string, std::string>> Arguments::inOrder(
+    std::initializer_list<std::string_view> options) const
 {
     std::vector<int> wanted;
     for (std::string_view o : options) {
@@ -63,8 +64,7 @@ std::vector<std::pair<std::string, std::string>> Arguments::inOrder(std::initial
     }
     std::vector<std::pair<std::string, std::string>> words;
     for (const auto& [index, value] : order_) {
-        if (index < 0)
-            words.emplace_back("", value);
+        if (index < 0) words.emplace_back("", value);
         else if (std::find(wanted.begin(), wanted.end(), index) != wanted.end())
             words.emplace_back(command_->syntax.options[static_cast<std::size_t>(index)].name, value);
     }
@@ -156,8 +156,7 @@ int usageError(CommandIo& io, const Command& command, std::string_view what)
 {
     if (command.syntax.usageAfterError)
         io.err << "kdxctl: " << command.name << ": " << what << "\n" << usageText(command.syntax);
-    else
-        io.err << "kdxctl " << command.name << ": " << what << " (try kdxctl " << command.name << " --help)\n";
+    else io.err << "kdxctl " << command.name << ": " << what << " (try kdxctl " << command.name << " --help)\n";
     return 2;
 }
 

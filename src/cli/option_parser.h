@@ -22,34 +22,34 @@ enum class Takes {
 };
 
 struct OptionSpec {
-    const char* name;                // "--port", "-o"
-    const char* alias = nullptr;     // a second spelling: "--output"
+    const char* name;            // "--port", "-o"
+    const char* alias = nullptr; // a second spelling: "--output"
     Takes takes = Takes::Nothing;
-    const char* metavar = nullptr;   // the value in the help column: "DEV"
-    const char* needs = "a value";   // ends "--port needs ..." when the value is missing
-    bool repeats = false;            // may be given more than once; every value is kept
-    bool required = false;           // "--port is required" without it (or with an empty value)
-    const char* help = "";           // help column; each '\n' starts a continuation line
+    const char* metavar = nullptr; // the value in the help column: "DEV"
+    const char* needs = "a value"; // ends "--port needs ..." when the value is missing
+    bool repeats = false;          // may be given more than once; every value is kept
+    bool required = false;         // "--port is required" without it (or with an empty value)
+    const char* help = "";         // help column; each '\n' starts a continuation line
 };
 
 struct PositionalSpec {
     int min = 0;
     int max = 0;
-    const char* missing = "";        // usage error when fewer than min are given
-    const char* extra = "";          // ... when more than max; "{}" stands for the first extra one
-    const char* name = nullptr;      // with help: a row before the options in the help text
+    const char* missing = "";   // usage error when fewer than min are given
+    const char* extra = "";     // ... when more than max; "{}" stands for the first extra one
+    const char* name = nullptr; // with help: a row before the options in the help text
     const char* help = nullptr;
 };
 
 // The texts are lines separated by '\n', without a final newline.
 struct Syntax {
-    const char* synopsis;            // "usage: kdxctl NAME ...", one line or more
-    const char* about;               // the paragraph under it
+    const char* synopsis; // "usage: kdxctl NAME ...", one line or more
+    const char* about;    // the paragraph under it
     std::span<const OptionSpec> options = {};
     PositionalSpec positionals = {};
-    int helpColumn = 0;              // column where the options' help starts
-    const char* example = "";        // the lines under "example:"
-    bool usageAfterError = false;    // a usage error prints "kdxctl: NAME: WHAT" and the whole usage
+    int helpColumn = 0;           // column where the options' help starts
+    const char* example = "";     // the lines under "example:"
+    bool usageAfterError = false; // a usage error prints "kdxctl: NAME: WHAT" and the whole usage
 };
 
 // A command line that matched its command's syntax. Options are named by any of their

@@ -62,8 +62,7 @@ bool PosixSerial::open(const std::string& path, std::string& error)
     tio.c_iflag &= ~static_cast<tcflag_t>(IXON | IXOFF | IXANY);
     tio.c_cc[VMIN] = 0;
     tio.c_cc[VTIME] = 0;
-    if (::cfsetispeed(&tio, B115200) != 0 || ::cfsetospeed(&tio, B115200) != 0 ||
-        ::tcsetattr(fd, TCSANOW, &tio) != 0) {
+    if (::cfsetispeed(&tio, B115200) != 0 || ::cfsetospeed(&tio, B115200) != 0 || ::tcsetattr(fd, TCSANOW, &tio) != 0) {
         error = "cannot set 115200 8N1 on " + path + ": " + reason(errno);
         ::close(fd);
         return false;
@@ -187,7 +186,8 @@ std::vector<std::string> listSerialPorts()
         const long n = i < s.size() ? std::stol(s.substr(i, 9)) : -1;
         return std::make_pair(s.substr(0, i), n);
     };
-    std::sort(ports.begin(), ports.end(), [&](const std::string& a, const std::string& b) { return split(a) < split(b); });
+    std::sort(ports.begin(), ports.end(),
+              [&](const std::string& a, const std::string& b) { return split(a) < split(b); });
     if (ports.size() > 18) ports.resize(18);
     return ports;
 }

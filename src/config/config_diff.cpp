@@ -16,7 +16,15 @@ struct ReservedByte {
     int mask;
 };
 constexpr std::array<ReservedByte, 9> kReservedBytes{{
-    {0, 0xFF}, {1, 0xFF}, {15, 0xFF}, {layout::AxisFlags, 0x7C}, {25, 0xFF}, {26, 0xFF}, {27, 0xFF}, {28, 0xFF}, {29, 0xFF},
+    {0, 0xFF},
+    {1, 0xFF},
+    {15, 0xFF},
+    {layout::AxisFlags, 0x7C},
+    {25, 0xFF},
+    {26, 0xFF},
+    {27, 0xFF},
+    {28, 0xFF},
+    {29, 0xFF},
 }};
 
 DriverConfig shown(const ConfigSnapshot& s)

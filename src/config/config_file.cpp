@@ -108,8 +108,8 @@ ConfigLoad parseConfigFile(std::span<const uint8_t> bytes, bool targetIsQVane)
         const std::string first = AxisName(r.values[layout::AxisFlags] & 3);
         const std::string second = AxisName(r.values[kSecondMotorOffset + layout::AxisFlags] & 3);
         r.status = ConfigLoadStatus::AskMotor;
-        r.box = MessageBoxText{"The config contains data for 2 motors : " + first + " and " + second +
-                                   ". Motor 1 (" + first +
+        r.box = MessageBoxText{"The config contains data for 2 motors : " + first + " and " + second + ". Motor 1 (" +
+                                   first +
                                    ") will be loaded by default if you click 'Yes'. Click 'No' to load "
                                    "the second motor data (" +
                                    second + ") instead.",
@@ -142,8 +142,7 @@ ConfigLoad loadConfigFile(const std::string& path, bool targetIsQVane)
         return failed(ConfigLoadError::Open, "Error opening config file: " + file.reason, box::OkOnly);
     case FileBytes::Failure::Read:
         return failed(ConfigLoadError::Read, "Error reading file: " + file.reason, box::OkOnly);
-    case FileBytes::Failure::None:
-        break;
+    case FileBytes::Failure::None: break;
     }
     return parseConfigFile(file.bytes, targetIsQVane);
 }

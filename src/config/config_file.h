@@ -21,7 +21,7 @@ namespace kdx {
 
 namespace configfile {
 inline constexpr std::string_view Header = "*!    VELMOR KDX Backup File     *";
-inline constexpr int RecordBytes = 36;  // 34 characters + CR LF
+inline constexpr int RecordBytes = 36; // 34 characters + CR LF
 inline constexpr int RecordChars = 34;
 inline constexpr int ValuesPerRecord = 16;
 inline constexpr int TwoAxisRecords = 4;    // elements 0 .. 63
@@ -42,8 +42,7 @@ inline constexpr std::string_view ExtQVane = "bls";
 inline constexpr std::string_view DefaultFileName = "Wibbly.kdx";
 
 // Asked before a load (Yes/No, style 4).
-inline constexpr std::string_view ConfirmLoadPrompt =
-    "This will overwrite the current configuration. Are you sure ?";
+inline constexpr std::string_view ConfirmLoadPrompt = "This will overwrite the current configuration. Are you sure ?";
 inline constexpr std::string_view ConfirmLoadTitle = "Confirm File Load";
 } // namespace configfile
 
@@ -55,9 +54,9 @@ struct MessageBoxText {
 };
 
 enum class ConfigLoadStatus {
-    Loaded,  // ready: applyConfigLoad(load, image)
+    Loaded,   // ready: applyConfigLoad(load, image)
     AskMotor, // a two-axis file for a Q-Vane: ask `box`; No -> applyConfigLoad(load, image, true)
-    Failed,  // show `box`; the image must not change
+    Failed,   // show `box`; the image must not change
 };
 
 enum class ConfigLoadError { None, Open, Read, InvalidFormat, Insufficient };

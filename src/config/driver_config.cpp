@@ -23,10 +23,7 @@ void putByte(MemoryImage& image, int index, long long value)
     image[static_cast<std::size_t>(index)] = static_cast<int16_t>(lowByte(value));
 }
 
-void putWhole(MemoryImage& image, int index, int16_t value)
-{
-    image[static_cast<std::size_t>(index)] = value;
-}
+void putWhole(MemoryImage& image, int index, int16_t value) { image[static_cast<std::size_t>(index)] = value; }
 
 } // namespace
 
@@ -116,7 +113,9 @@ void DriverConfig::motorToImage(int m)
 
     const double count = Int(divide(1.0, p.PwmFreqHz[i]) / kPwmTick);
     putWord(image_, base + PwmPeriod, CLng(count));
-    auto putScaled = [&](const WordScale& s, float shown) { putWord(image_, base + s.offset, scaledToImage(s, shown)); };
+    auto putScaled = [&](const WordScale& s, float shown) {
+        putWord(image_, base + s.offset, scaledToImage(s, shown));
+    };
     putScaled(StaticPowerScale, p.StaticPower[i]);
     putScaled(DynamicPowerScale, p.DynamicPower[i]);
     putScaled(PTermScale, p.PTerm[i]);

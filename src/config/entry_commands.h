@@ -22,20 +22,20 @@ enum class EntryTarget {
     StaticPower,
     DynamicPower,
     PowerErrorAngle,
-    PwmFreqHz,       // the answer is in kHz; stored times 1000
+    PwmFreqHz, // the answer is in kHz; stored times 1000
     GainPerc,
     RecoveryAngle,
     Poles,
     DriveRatio,
     FixedPosTrim,
-    QVaneAxis,       // stored unchanged (the window warns first through a Q-Vane)
-    DebugId,         // CInt(v) into the copy of image element 0
+    QVaneAxis, // stored unchanged (the window warns first through a Q-Vane)
+    DebugId,   // CInt(v) into the copy of image element 0
 };
 
 struct EntryCommand {
-    ParamLabel label;         // control that is clicked; labelName(label) is its name
-    std::string_view prompt;  // the input box text
-    double lower;             // accepted range, both ends inclusive
+    ParamLabel label;        // control that is clicked; labelName(label) is its name
+    std::string_view prompt; // the input box text
+    double lower;            // accepted range, both ends inclusive
     double upper;
     EntryTarget target;
 };

@@ -53,7 +53,9 @@ bool MemorySession::pump(int timeoutMs, const std::function<bool()>& done, std::
 bool MemorySession::detectTarget(int timeoutMs, std::string& error)
 {
     target_ = TargetKind::Unknown;
-    if (!pump(timeoutMs, [this] { return target_ != TargetKind::Unknown; }, error)) return false;
+    if (!pump(
+            timeoutMs, [this] { return target_ != TargetKind::Unknown; }, error))
+        return false;
     if (target_ != TargetKind::Unknown) return true;
     error = "no telemetry from " + portName_ + " within " + durationText(timeoutMs);
     return false;
@@ -66,10 +68,7 @@ bool MemorySession::sendAxisSelect(std::string& error)
     return send(out, error);
 }
 
-int MemorySession::transferredElements() const
-{
-    return targetIsQVane() ? layout::RelayedBytes : layout::DirectBytes;
-}
+int MemorySession::transferredElements() const { return targetIsQVane() ? layout::RelayedBytes : layout::DirectBytes; }
 
 bool MemorySession::readMemory(MemoryImage& image, int timeoutMs, int attempts, std::string& error)
 {
@@ -81,8 +80,9 @@ bool MemorySession::readMemory(MemoryImage& image, int timeoutMs, int attempts, 
         OutMsgBuffer out{};
         buildReadRequest(out, targetIsQVane(), axis_);
         const int shortBefore = shortReplies_;
-        const bool ok = send(out, error) &&
-                        pump(timeoutMs, [&] { return gotMemory_ || shortReplies_ != shortBefore; }, error);
+        const bool ok =
+            send(out, error) && pump(
+                                    timeoutMs, [&] { return gotMemory_ || shortReplies_ != shortBefore; }, error);
         awaitingMemory_ = false;
         if (!ok) return false;
         if (gotMemory_) {

@@ -76,8 +76,8 @@ private:
     int axis_ = 0;
     bool awaitingMemory_ = false;
     bool gotMemory_ = false;
-    int shortReplies_ = 0;        // replies too short to take, during the current read
-    int shortReplyBytes_ = 0;     // the payload of the last of them
+    int shortReplies_ = 0;    // replies too short to take, during the current read
+    int shortReplyBytes_ = 0; // the payload of the last of them
     MemoryImage reply_{};
     FirmwareVersion version_{};
 };

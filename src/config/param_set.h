@@ -23,10 +23,10 @@ struct ParamSet {
     std::array<float, 2> QVaneAxis{};        // 0 Tilt, 1 Roll, 2 Pan, 3 Off
     std::array<float, 2> DTermLimit{};       // 0 .. 255
     std::array<float, 2> Poles{};
-    std::array<float, 2> GainPerc{};         // %, gain "G"
-    std::array<float, 2> DriveRatio{};       // 3 means 3:1; 0 when the image holds 0
-    std::array<float, 2> RecoveryAngle{};    // degrees, 0 disables recovery
-    std::array<float, 2> FixedPosTrim{};     // degrees
+    std::array<float, 2> GainPerc{};      // %, gain "G"
+    std::array<float, 2> DriveRatio{};    // 3 means 3:1; 0 when the image holds 0
+    std::array<float, 2> RecoveryAngle{}; // degrees, 0 disables recovery
+    std::array<float, 2> FixedPosTrim{};  // degrees
 
     bool operator==(const ParamSet&) const = default;
 };

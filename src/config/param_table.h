@@ -11,9 +11,9 @@
 namespace kdx {
 
 struct ParamRow {
-    std::string name;        // "PwmFreqHz"
-    std::string meaning;     // "PWM frequency"
-    std::string unit;        // "kHz", "%", "deg" or empty
+    std::string name;                  // "PwmFreqHz"
+    std::string meaning;               // "PWM frequency"
+    std::string unit;                  // "kHz", "%", "deg" or empty
     std::array<std::string, 2> values; // the second motor empty for a single-axis configuration
 };
 

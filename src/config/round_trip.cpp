@@ -60,11 +60,10 @@ RoundTrip checkRoundTrip(const DriverConfig& config, const EntryCommand& command
     r.rewritten = rewrittenRaw(stored, field, block);
 
     const std::string what = std::string(field.meaning) + " " + withUnit(r.entered, field.unit);
-    if (r.changes())
-        r.warning = what + " will read back as " + withUnit(r.readBack, field.unit);
+    if (r.changes()) r.warning = what + " will read back as " + withUnit(r.readBack, field.unit);
     else if (r.drifts())
-        r.warning = what + " is stored as " + std::to_string(r.stored) + ", which a read and a write with no edit change to " +
-                    std::to_string(r.rewritten);
+        r.warning = what + " is stored as " + std::to_string(r.stored) +
+                    ", which a read and a write with no edit change to " + std::to_string(r.rewritten);
     return r;
 }
 

@@ -45,16 +45,12 @@ StartupFile classifyCommandLine(const std::string& commandLine)
     if (commandLine.size() <= 3) return {};
     StartupFile file;
     file.path = commandLine.substr(1, commandLine.size() - 2);
-    const std::string_view ext =
-        std::string_view(file.path).substr(file.path.size() >= 3 ? file.path.size() - 3 : 0);
-    if (ext == ConfigFileExtension)
-        file.kind = StartupFileKind::Configuration;
-    else if (ext == TuningFileExtension)
-        file.kind = StartupFileKind::TuningFile;
+    const std::string_view ext = std::string_view(file.path).substr(file.path.size() >= 3 ? file.path.size() - 3 : 0);
+    if (ext == ConfigFileExtension) file.kind = StartupFileKind::Configuration;
+    else if (ext == TuningFileExtension) file.kind = StartupFileKind::TuningFile;
     else if (equalsIgnoringCase(ext, ConfigFileExtension) || equalsIgnoringCase(ext, TuningFileExtension))
         file.kind = StartupFileKind::Ignored;
-    else
-        file.kind = StartupFileKind::Recording;
+    else file.kind = StartupFileKind::Recording;
     return file;
 }
 

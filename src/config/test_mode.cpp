@@ -47,15 +47,9 @@ bool TestMode::TestTmr_Timer(OutMsgBuffer& out, bool targetIsQVane, int axis)
 bool TestMode::direction(int index) const { return at(direction_, index); }
 bool TestMode::off(int index) const { return at(off_, index); }
 
-uint32_t TestMode::TestcbColour(int index) const
-{
-    return direction(index) ? colours::Green : colours::LightGrey;
-}
+uint32_t TestMode::TestcbColour(int index) const { return direction(index) ? colours::Green : colours::LightGrey; }
 
-uint32_t TestMode::TestOffcbColour(int index) const
-{
-    return off(index) ? colours::Green : colours::LightGrey;
-}
+uint32_t TestMode::TestOffcbColour(int index) const { return off(index) ? colours::Green : colours::LightGrey; }
 
 bool TestMode::applyTestPower(float value)
 {

@@ -65,7 +65,7 @@ public:
     // Neither marks the configuration modified.
     bool applyTestPower(float value);
     bool applyTestRate(float value);
-    std::string TestPtbCaption() const;   // "30%"
+    std::string TestPtbCaption() const;    // "30%"
     std::string TestRatetbCaption() const; // "8"
 
 private:

@@ -72,15 +72,13 @@ int32_t CLng(double x)
 
 int16_t checked16(long long v)
 {
-    if (v < std::numeric_limits<int16_t>::min() || v > std::numeric_limits<int16_t>::max())
-        raiseOverflow();
+    if (v < std::numeric_limits<int16_t>::min() || v > std::numeric_limits<int16_t>::max()) raiseOverflow();
     return static_cast<int16_t>(v);
 }
 
 int32_t checked32(long long v)
 {
-    if (v < std::numeric_limits<int32_t>::min() || v > std::numeric_limits<int32_t>::max())
-        raiseOverflow();
+    if (v < std::numeric_limits<int32_t>::min() || v > std::numeric_limits<int32_t>::max()) raiseOverflow();
     return static_cast<int32_t>(v);
 }
 
@@ -110,10 +108,16 @@ double Val(std::string_view s)
     std::string lit;
     if (i < s.size() && (s[i] == '+' || s[i] == '-')) lit += s[i++];
     bool anyDigit = false;
-    while (i < s.size() && isDigit(s[i])) { lit += s[i++]; anyDigit = true; }
+    while (i < s.size() && isDigit(s[i])) {
+        lit += s[i++];
+        anyDigit = true;
+    }
     if (i < s.size() && s[i] == '.') {
         lit += s[i++];
-        while (i < s.size() && isDigit(s[i])) { lit += s[i++]; anyDigit = true; }
+        while (i < s.size() && isDigit(s[i])) {
+            lit += s[i++];
+            anyDigit = true;
+        }
     }
     if (!anyDigit) return 0;
     if (i < s.size() && (s[i] == 'e' || s[i] == 'E' || s[i] == 'd' || s[i] == 'D')) {
@@ -121,7 +125,10 @@ double Val(std::string_view s)
         std::string exp = "e";
         if (j < s.size() && (s[j] == '+' || s[j] == '-')) exp += s[j++];
         bool expDigit = false;
-        while (j < s.size() && isDigit(s[j]) && exp.size() < 8) { exp += s[j++]; expDigit = true; }
+        while (j < s.size() && isDigit(s[j]) && exp.size() < 8) {
+            exp += s[j++];
+            expDigit = true;
+        }
         if (expDigit) lit += exp;
     }
     const double v = std::strtod(lit.c_str(), nullptr);
@@ -181,8 +188,13 @@ std::string Format(double value, std::string_view pattern)
     if (roundUp) {
         int k = static_cast<int>(all.size()) - 1;
         while (k >= 0) {
-            if (all[k] == '9') { all[k] = '0'; --k; }
-            else { ++all[k]; break; }
+            if (all[k] == '9') {
+                all[k] = '0';
+                --k;
+            } else {
+                ++all[k];
+                break;
+            }
         }
         if (k < 0) all.insert(all.begin(), '1');
     }
@@ -205,9 +217,6 @@ std::string Format(double value, std::string_view pattern)
     return out;
 }
 
-std::string Str(long long n)
-{
-    return (n >= 0 ? " " : "") + std::to_string(n);
-}
+std::string Str(long long n) { return (n >= 0 ? " " : "") + std::to_string(n); }
 
 } // namespace kdx

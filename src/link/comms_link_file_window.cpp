@@ -93,7 +93,8 @@ void CommsLink::buildFileFrame()
         auto* b = new QRadioButton(qs(playback::Rates[i].caption), f);
         b->setObjectName(QString("Rateob%1").arg(i));
         const int index = static_cast<int>(i);
-        connect(b, &QRadioButton::clicked, this, [this, index] { guarded("Rateob_Click", [&] { Rateob_Click(index); }); });
+        connect(b, &QRadioButton::clicked, this,
+                [this, index] { guarded("Rateob_Click", [&] { Rateob_Click(index); }); });
         rates->addWidget(b);
         Rateob[i] = b;
     }
@@ -136,10 +137,7 @@ void CommsLink::buildFileFrame()
     showDoingInFile(false);
 }
 
-void CommsLink::showDoingInFile(bool playing)
-{
-    paintFace(DoingInFile, playing ? PlayingColour : IdleColour);
-}
+void CommsLink::showDoingInFile(bool playing) { paintFace(DoingInFile, playing ? PlayingColour : IdleColour); }
 
 void CommsLink::SetInputFilename(const std::string& name)
 {
@@ -237,8 +235,7 @@ void CommsLink::FileInputTimer_Timer()
     };
     const Playback::Tick t = playback_.tick(
         [this](std::span<const uint8_t> bytes) { return rx_.receiveWhileFree(bytes); },
-        [this](int32_t played) { KProcessedlab->setText(QString::fromStdString(KiloCaption(played))); },
-        sliceSpent);
+        [this](int32_t played) { KProcessedlab->setText(QString::fromStdString(KiloCaption(played))); }, sliceSpent);
     if (playback_.PlaybackMaxRate) pacer_.spend(static_cast<double>(rx_.goodMessages - goodBefore));
     if (t.reachedEnd) {
         const std::string error = playback_.readError();
@@ -291,7 +288,8 @@ void CommsLink::finishTrim()
     trimTimer_->stop();
     StopLogIn_Click();
     if (!trim_.result().ok)
-        trimErrorBox_.post([this] { dialogs_.MsgBox(std::string(trim::ErrorText), box::OkOnly, std::string(kTrimErrorTitle)); });
+        trimErrorBox_.post(
+            [this] { dialogs_.MsgBox(std::string(trim::ErrorText), box::OkOnly, std::string(kTrimErrorTitle)); });
 }
 
 } // namespace kdx

@@ -52,7 +52,8 @@ std::string portTip(const PortIdentity& id)
 
 PortIdentity CommsLink::identityOf(const std::string& path)
 {
-    const auto it = std::find_if(identities_.begin(), identities_.end(), [&](const PortIdentity& p) { return p.path == path; });
+    const auto it =
+        std::find_if(identities_.begin(), identities_.end(), [&](const PortIdentity& p) { return p.path == path; });
     return it != identities_.end() ? *it : PortIdentity::at(path);
 }
 

@@ -74,7 +74,8 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, Clock& clock, QWidget* 
         b->setObjectName(QString("CommsPortob%1").arg(i));
         b->setVisible(false);
         portsLayout->addWidget(b, i, 0);
-        connect(b, &QRadioButton::clicked, this, [this, i] { guarded("CommsPortob_Click", [&] { CommsPortob_Click(i); }); });
+        connect(b, &QRadioButton::clicked, this,
+                [this, i] { guarded("CommsPortob_Click", [&] { CommsPortob_Click(i); }); });
         CommsPortob[static_cast<std::size_t>(i)] = b;
         auto* details = new QLabel(Frame1);
         details->setObjectName(QString("CommsPortlb%1").arg(i));
@@ -96,7 +97,8 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, Clock& clock, QWidget* 
     RescanCOMportscb = new QPushButton("Scan", this);
     RescanCOMportscb->setObjectName("RescanCOMportscb");
     RescanCOMportscb->setToolTip("Scan and show available COM ports");
-    connect(RescanCOMportscb, &QPushButton::clicked, this, [this] { guarded("RescanCOMportscb_Click", [&] { RescanCOMportscb_Click(); }); });
+    connect(RescanCOMportscb, &QPushButton::clicked, this,
+            [this] { guarded("RescanCOMportscb_Click", [&] { RescanCOMportscb_Click(); }); });
     layout->addWidget(RescanCOMportscb);
 
     CommsStatuslb = new QLabel(this);
@@ -108,11 +110,13 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, Clock& clock, QWidget* 
     CommsTimeout = new QTimer(this);
     CommsTimeout->setObjectName("CommsTimeout");
     CommsTimeout->setInterval(500);
-    connect(CommsTimeout, &QTimer::timeout, this, [this] { guarded("CommsTimeout_Timer", [&] { CommsTimeout_Timer(); }); });
+    connect(CommsTimeout, &QTimer::timeout, this,
+            [this] { guarded("CommsTimeout_Timer", [&] { CommsTimeout_Timer(); }); });
     Comms2Timeout = new QTimer(this);
     Comms2Timeout->setObjectName("Comms2Timeout");
     Comms2Timeout->setInterval(200);
-    connect(Comms2Timeout, &QTimer::timeout, this, [this] { guarded("Comms2Timeout_Timer", [&] { Comms2Timeout_Timer(); }); });
+    connect(Comms2Timeout, &QTimer::timeout, this,
+            [this] { guarded("Comms2Timeout_Timer", [&] { Comms2Timeout_Timer(); }); });
     reconnectTimer = new QTimer(this);
     reconnectTimer->setObjectName("reconnectTimer");
     reconnectTimer->setInterval(ReconnectCheckMs);
@@ -120,11 +124,13 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, Clock& clock, QWidget* 
 
     FileInputTimer = new QTimer(this);
     FileInputTimer->setObjectName("FileInputTimer");
-    connect(FileInputTimer, &QTimer::timeout, this, [this] { guarded("FileInputTimer_Timer", [&] { FileInputTimer_Timer(); }); });
+    connect(FileInputTimer, &QTimer::timeout, this,
+            [this] { guarded("FileInputTimer_Timer", [&] { FileInputTimer_Timer(); }); });
     nextSlice_ = new QTimer(this);
     nextSlice_->setSingleShot(true);
     nextSlice_->setInterval(0);
-    connect(nextSlice_, &QTimer::timeout, this, [this] { guarded("FileInputTimer_Timer", [&] { FileInputTimer_Timer(); }); });
+    connect(nextSlice_, &QTimer::timeout, this,
+            [this] { guarded("FileInputTimer_Timer", [&] { FileInputTimer_Timer(); }); });
     trimTimer_ = new QTimer(this);
     trimTimer_->setInterval(0);
     connect(trimTimer_, &QTimer::timeout, this, [this] { guarded("trimNextKilobyte", [&] { trimNextKilobyte(); }); });
@@ -247,7 +253,8 @@ void CommsLink::SelectCommsPort(int port)
         checkPortButton(0);
         showStatus();
         updateLinkState();
-        dialogs_.MsgBox("Error opening comms port " + std::to_string(port) + " : " + error, box::Critical, "Comms Port");
+        dialogs_.MsgBox("Error opening comms port " + std::to_string(port) + " : " + error, box::Critical,
+                        "Comms Port");
         return;
     }
     portOpened(port);
@@ -389,8 +396,7 @@ void CommsLink::showStatus()
     if (status != shownStatus_ || rx_.CommsErrorCount != shownErrors_) {
         shownStatus_ = status;
         shownErrors_ = rx_.CommsErrorCount;
-        CommsStatuslb->setText(QString::fromStdString(status) +
-                               QString("\nErrors: %1").arg(rx_.CommsErrorCount));
+        CommsStatuslb->setText(QString::fromStdString(status) + QString("\nErrors: %1").arg(rx_.CommsErrorCount));
     }
 }
 

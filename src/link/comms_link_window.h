@@ -127,8 +127,8 @@ public:
     bool PortOpen = false;
     int CurrentPort = 1;
     std::array<bool, PortCount + 1> PortAvailable{}; // 1-based
-    bool PlaybackActive = false; // a recording feeds the receiver; port bytes are dropped
-    bool PlaybackBusy = false;   // a playback tick is running
+    bool PlaybackActive = false;                     // a recording feeds the receiver; port bytes are dropped
+    bool PlaybackBusy = false;                       // a playback tick is running
     // The second activity watchdog: bytes seen, sampled every 200 ms.
     uint16_t ActivityCount = 0;
     uint16_t ActivitySnapshot = 0;
@@ -192,16 +192,16 @@ private:
     Receiver rx_;
     std::vector<std::string> names_;
     std::vector<PortIdentity> identities_; // what the last scan learnt of the listed ports
-    PortIdentity openIdentity_; // the port open now, or last open
-    bool watching_ = false;     // the vanished port openIdentity_ is awaited
-    bool writeFailed_ = false;  // the last port closed on a failed write
+    PortIdentity openIdentity_;            // the port open now, or last open
+    bool watching_ = false;                // the vanished port openIdentity_ is awaited
+    bool writeFailed_ = false;             // the last port closed on a failed write
     bool lossBoxOpen_ = false;
     uint64_t goodAtOpen_ = 0; // the receiver's good messages when the port was opened
     std::chrono::system_clock::time_point lostAt_{};
     LinkStatus linkStatus_;
     std::function<void(const LinkStatus&)> linkListener_;
     std::vector<std::string> namedPorts_; // selected by name: listed by every scan
-    std::string refusal_; // the last port that would not open, and why
+    std::string refusal_;                 // the last port that would not open, and why
     bool unloading_ = false;
     int lostPort_ = 0; // the port that failed underneath, until the loss is told
     int32_t shownErrors_ = -1;

@@ -6,12 +6,9 @@ namespace kdx {
 
 void CommsQualityCount::PutMessageReceived(bool good)
 {
-    if (good)
-        GoodMsgCount = checked16(static_cast<long long>(GoodMsgCount) + 1);
-    else if (BadMsgCount > BadCountLimit)
-        BadMsgCount = 0;
-    else
-        ++BadMsgCount;
+    if (good) GoodMsgCount = checked16(static_cast<long long>(GoodMsgCount) + 1);
+    else if (BadMsgCount > BadCountLimit) BadMsgCount = 0;
+    else ++BadMsgCount;
 }
 
 float CommsQualityCount::tick()

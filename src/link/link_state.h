@@ -17,7 +17,7 @@ enum class LinkState {
 
 struct LinkStatus {
     LinkState state = LinkState::NoPort;
-    std::string port; // the open, lost or awaited port's path; empty with NoPort
+    std::string port;   // the open, lost or awaited port's path; empty with NoPort
     int portNumber = 0; // its button's number in the Comms Link window; 0 if none
     // While Playing: the recording's file name and the rate button's caption.
     std::string playbackFile;

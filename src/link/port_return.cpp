@@ -26,8 +26,8 @@ std::optional<std::string> returnedPath(const PortIdentity& lost, const std::vec
                                         bool pathPresent)
 {
     if (pathPresent) {
-        const auto there = std::find_if(listed.begin(), listed.end(),
-                                        [&](const PortIdentity& p) { return p.path == lost.path; });
+        const auto there =
+            std::find_if(listed.begin(), listed.end(), [&](const PortIdentity& p) { return p.path == lost.path; });
         if (!lost.recognisable() || there == listed.end() || couldBe(lost, *there)) return lost.path;
     }
     if (!lost.recognisable()) return std::nullopt;

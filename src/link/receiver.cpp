@@ -107,8 +107,7 @@ void Receiver::ProcessInputMessage()
     case msg::AxisMemoryBase + 2:
         if (sink_) sink_->PutAxisMemoryMsg(view);
         break;
-    default:
-        break; // accepted, counted as good, ignored
+    default: break; // accepted, counted as good, ignored
     }
 }
 

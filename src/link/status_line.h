@@ -12,7 +12,7 @@ namespace kdx {
 struct StatusInputs {
     LinkStatus link;
     bool qvane = false;
-    int qvaneAxis = 3; // 0 Tilt, 1 Roll, 2 Pan; anything else: none known yet
+    int qvaneAxis = 3;     // 0 Tilt, 1 Roll, 2 Pan; anything else: none known yet
     int versionMajor = -1; // -1 until the first telemetry told it
     int versionMinor = 0;
     double messagesPerSecond = 0;

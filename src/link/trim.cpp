@@ -50,7 +50,8 @@ bool TrimCopy::start(const std::string& recording, int32_t markStart, int32_t ma
         out_ = ::fdopen(fd, "wb");
         if (!out_) ::close(fd);
     } else {
-        if (fs::exists(st) && !fs::remove(r_.output, ec)) return fail("cannot delete " + r_.output + ": " + ec.message());
+        if (fs::exists(st) && !fs::remove(r_.output, ec))
+            return fail("cannot delete " + r_.output + ": " + ec.message());
         out_ = std::fopen(r_.output.c_str(), "wb");
     }
     if (!out_) return fail("cannot write " + r_.output + ": " + osReason(errno));
@@ -61,7 +62,8 @@ bool TrimCopy::start(const std::string& recording, int32_t markStart, int32_t ma
     buf_.resize(kBlock);
     for (int64_t skip = std::max<int64_t>(int64_t{markStart} + 1, 0); skip > 0;) {
         errno = 0;
-        const std::size_t got = std::fread(buf_.data(), 1, static_cast<std::size_t>(std::min<int64_t>(skip, kBlock)), in_);
+        const std::size_t got =
+            std::fread(buf_.data(), 1, static_cast<std::size_t>(std::min<int64_t>(skip, kBlock)), in_);
         position_ += static_cast<int64_t>(got);
         if (got == 0)
             return fail(std::ferror(in_) ? "cannot read " + recording + ": " + osReason(errno)
@@ -84,7 +86,8 @@ bool TrimCopy::copy(int64_t bytes)
             return fail(std::ferror(in_) ? "cannot read " + recording_ + ": " + osReason(errno)
                                          : recording_ + " ends after " + std::to_string(position_) + " bytes");
         errno = 0;
-        if (std::fwrite(buf_.data(), 1, got, out_) != got) return fail("cannot write " + r_.output + ": " + osReason(errno));
+        if (std::fwrite(buf_.data(), 1, got, out_) != got)
+            return fail("cannot write " + r_.output + ": " + osReason(errno));
         r_.copied += static_cast<int64_t>(got);
         left_ -= static_cast<int64_t>(got);
         bytes -= static_cast<int64_t>(got);
@@ -102,7 +105,8 @@ bool TrimCopy::finish()
     out_ = nullptr;
     if (!closed) return fail("cannot write " + r_.output + ": " + osReason(errno));
     if (!temp_.empty()) {
-        if (::rename(temp_.c_str(), r_.output.c_str()) != 0) return fail("cannot replace " + r_.output + ": " + osReason(errno));
+        if (::rename(temp_.c_str(), r_.output.c_str()) != 0)
+            return fail("cannot replace " + r_.output + ": " + osReason(errno));
         temp_.clear();
     }
     r_.ok = true;

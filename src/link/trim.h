@@ -21,9 +21,9 @@ std::string TrimmedName(const std::string& recording);
 
 struct TrimResult {
     bool ok = false;
-    int64_t copied = 0;  // bytes written to the copy, also when it failed part way
-    std::string output;  // the copy's path
-    std::string reason;  // why it failed, for kdxctl (the window shows ErrorText only)
+    int64_t copied = 0; // bytes written to the copy, also when it failed part way
+    std::string output; // the copy's path
+    std::string reason; // why it failed, for kdxctl (the window shows ErrorText only)
 };
 
 // How the copy takes the place of an earlier one. InPlace, the window's way: the earlier
@@ -68,7 +68,7 @@ private:
     std::string recording_;
     std::FILE* in_ = nullptr;
     std::FILE* out_ = nullptr;
-    std::string temp_; // the file written while an atomic copy runs
+    std::string temp_;     // the file written while an atomic copy runs
     int64_t position_ = 0; // bytes read from the recording
     int64_t left_ = 0;     // bytes still to copy
     std::vector<char> buf_;

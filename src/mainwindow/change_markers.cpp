@@ -6,7 +6,6 @@
 #include <QGridLayout>
 #include <QLabel>
 
-
 namespace kdx {
 
 namespace {

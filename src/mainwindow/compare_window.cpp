@@ -24,7 +24,11 @@ constexpr std::string_view kBytePrefix = "Byte";
 
 CompareWindow::CompareWindow(std::string path, const ConfigSnapshot& file, ScreenConfig screen, ShownName name,
                              LoadFile load, QWidget* parent)
-    : QDialog(parent), path_(std::move(path)), file_(file), screen_(std::move(screen)), name_(std::move(name)),
+    : QDialog(parent),
+      path_(std::move(path)),
+      file_(file),
+      screen_(std::move(screen)),
+      name_(std::move(name)),
       load_(std::move(load))
 {
     setObjectName("CompareWindow");
@@ -32,8 +36,7 @@ CompareWindow::CompareWindow(std::string path, const ConfigSnapshot& file, Scree
     setWindowTitle("Compare with File - " + qs(slash == std::string::npos ? path_ : path_.substr(slash + 1)));
     auto* layout = new QVBoxLayout(this);
 
-    Filelb = new QLabel("The configuration on screen against " + qs(path_) + ". Nothing is sent to the module.",
-                        this);
+    Filelb = new QLabel("The configuration on screen against " + qs(path_) + ". Nothing is sent to the module.", this);
     Filelb->setObjectName("Filelb");
     Filelb->setWordWrap(true);
     layout->addWidget(Filelb);
@@ -55,7 +58,8 @@ CompareWindow::CompareWindow(std::string path, const ConfigSnapshot& file, Scree
     chooseMotor_ = file_.twoAxis && !screen_().twoAxis;
     motorCaption->setVisible(chooseMotor_);
     Motorcb->setVisible(chooseMotor_);
-    connect(Motorcb, &QComboBox::currentIndexChanged, this, [this] { guarded("Motorcb_Click", [&] { Motorcb_Click(); }); });
+    connect(Motorcb, &QComboBox::currentIndexChanged, this,
+            [this] { guarded("Motorcb_Click", [&] { Motorcb_Click(); }); });
 
     Summarylb = new QLabel(this);
     Summarylb->setObjectName("Summarylb");
@@ -111,7 +115,7 @@ void CompareWindow::compare()
             Differencesgr->setItem(row, column, new QTableWidgetItem(cells[column]));
         ++row;
     }
-    Summarylb->setText(differences.empty()      ? QString("No differences.")
+    Summarylb->setText(differences.empty()       ? QString("No differences.")
                        : differences.size() == 1 ? QString("1 difference.")
                                                  : QString("%1 differences.").arg(differences.size()));
 }

@@ -27,7 +27,6 @@
 #include <QScreen>
 #include <QTimer>
 
-
 namespace kdx {
 
 namespace {
@@ -61,13 +60,15 @@ MainEntry::MainEntry(const Peers& peers, QWidget* parent) : QMainWindow(parent),
     CommsQualityTmr = new QTimer(this);
     CommsQualityTmr->setObjectName("CommsQualityTmr");
     CommsQualityTmr->setInterval(500);
-    connect(CommsQualityTmr, &QTimer::timeout, this, [this] { guarded("CommsQualityTmr_Timer", [&] { CommsQualityTmr_Timer(); }); });
+    connect(CommsQualityTmr, &QTimer::timeout, this,
+            [this] { guarded("CommsQualityTmr_Timer", [&] { CommsQualityTmr_Timer(); }); });
 
     MemReqTimer = new QTimer(this);
     MemReqTimer->setObjectName("MemReqTimer");
     MemReqTimer->setInterval(memreq::TimeoutMs);
     MemReqTimer->setSingleShot(true);
-    connect(MemReqTimer, &QTimer::timeout, this, [this] { guarded("MemReqTimer_Timer", [&] { MemReqTimer_Timer(); }); });
+    connect(MemReqTimer, &QTimer::timeout, this,
+            [this] { guarded("MemReqTimer_Timer", [&] { MemReqTimer_Timer(); }); });
 
     buildLiveDisplayTimer();
 
@@ -110,10 +111,7 @@ void MainEntry::showWaitWindow()
 
 // ---- link ---------------------------------------------------------------------------
 
-void MainEntry::SendMessage()
-{
-    peers_.link.SendMessage(OutMsg);
-}
+void MainEntry::SendMessage() { peers_.link.SendMessage(OutMsg); }
 
 void MainEntry::SendPID(float P, float I, float IA, float D, float G, float V1, float V2, int MotorIndex)
 {
@@ -141,7 +139,6 @@ void MainEntry::CommsQualityTmr_Timer()
     const QString text = QString::fromStdString(Format(CommsQuality, "0%"));
     if (CommsQualitylb->text() != text) CommsQualitylb->setText(text);
 }
-
 
 // ---- memory transfer ----------------------------------------------------------------
 
@@ -308,8 +305,8 @@ void MainEntry::ParamLabel_Click(ParamLabel l, int index)
             Answer::Yes)
         return;
     const float current = entryCurrentValue(config_, *command, index);
-    const std::string answer = peers_.dialogs.InputBox(std::string(command->prompt), std::string(kEntryTitle),
-                                                     askValueDefault(current));
+    const std::string answer =
+        peers_.dialogs.InputBox(std::string(command->prompt), std::string(kEntryTitle), askValueDefault(current));
     const float value = AskValueResult(current, answer);
     applyEntry(config_, *command, index, value);
     if (!answer.empty()) warnRoundTrip(*command, index, value); // Cancel enters nothing
@@ -367,8 +364,8 @@ void MainEntry::TestDrivecb_Click(int index)
 void MainEntry::TestPtb_Click()
 {
     const float current = testMode_.testPower();
-    const std::string answer = peers_.dialogs.InputBox(std::string(testmode::PowerPrompt), std::string(kEntryTitle),
-                                                     askValueDefault(current));
+    const std::string answer =
+        peers_.dialogs.InputBox(std::string(testmode::PowerPrompt), std::string(kEntryTitle), askValueDefault(current));
     testMode_.applyTestPower(AskValueResult(current, answer));
     showTestValues();
 }
@@ -376,8 +373,8 @@ void MainEntry::TestPtb_Click()
 void MainEntry::TestRatetb_Click()
 {
     const float current = testMode_.testRate();
-    const std::string answer = peers_.dialogs.InputBox(std::string(testmode::RatePrompt), std::string(kEntryTitle),
-                                                     askValueDefault(current));
+    const std::string answer =
+        peers_.dialogs.InputBox(std::string(testmode::RatePrompt), std::string(kEntryTitle), askValueDefault(current));
     testMode_.applyTestRate(AskValueResult(current, answer));
     showTestValues();
 }
@@ -400,18 +397,13 @@ void MainEntry::showTestValues()
 // keeps a running test's 100 ms rhythm through further clicks.
 void MainEntry::followTestTmr()
 {
-    if (!testMode_.TestTmrEnabled())
-        TestTmr->stop();
-    else if (!TestTmr->isActive())
-        TestTmr->start();
+    if (!testMode_.TestTmrEnabled()) TestTmr->stop();
+    else if (!TestTmr->isActive()) TestTmr->start();
 }
 
 // ---- help ---------------------------------------------------------------------------
 
-void MainEntry::mnuAbout_Click()
-{
-    peers_.windows.showWindow(ProgramWindow::About);
-}
+void MainEntry::mnuAbout_Click() { peers_.windows.showWindow(ProgramWindow::About); }
 
 // ---- start-up and quit --------------------------------------------------------------
 

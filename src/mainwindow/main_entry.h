@@ -194,8 +194,8 @@ public:
     ClickLabel* Voltagetb = nullptr;
     QLabel* Versiontb = nullptr;
     // Live values, per motor.
-    std::array<QLabel*, 2> ElecAngletb{}, AxisRatetb{}, AxisErrortb{}, AxisPtb{}, AxisItb{}, AxisDtb{},
-        ExtGaintb{}, AxisPowertb{}, AxisAngletb{};
+    std::array<QLabel*, 2> ElecAngletb{}, AxisRatetb{}, AxisErrortb{}, AxisPtb{}, AxisItb{}, AxisDtb{}, ExtGaintb{},
+        AxisPowertb{}, AxisAngletb{};
     std::array<QPushButton*, 2> TestDrivecb{};
     std::array<QPushButton*, 2> Testcb{};
     std::array<QPushButton*, 2> TestOffcb{};

@@ -44,7 +44,8 @@ void MainEntry::buildChecks()
     mnuCompare = new QAction("&Compare with File...", this);
     mnuCompare->setObjectName("mnuCompare");
     mnuCompare->setToolTip("Lists what differs between the configuration on screen and a backup file");
-    connect(mnuCompare, &QAction::triggered, this, [this] { guarded("mnuCompare_Click", [&] { mnuCompare_Click(); }); });
+    connect(mnuCompare, &QAction::triggered, this,
+            [this] { guarded("mnuCompare_Click", [&] { mnuCompare_Click(); }); });
     QMenu* file = menuBar()->findChild<QMenu*>("mnuFile");
     const QList<QAction*> actions = file->actions();
     const qsizetype afterSave = actions.indexOf(mnuSave) + 1;
@@ -68,7 +69,10 @@ void MainEntry::mnuCompare_Click()
     applyConfigLoad(load, file.image);
     file.twoAxis = load.twoAxis();
     auto* window = new CompareWindow(
-        *path, file, [this] { return ConfigSnapshot{imageOnScreen(config_), !TargetIsQVane}; },
+        *path, file,
+        [this] {
+            return ConfigSnapshot{imageOnScreen(config_), !TargetIsQVane};
+        },
         [this](const ParamField& field, int m) { return changeMarkers_->shownName(field, m); },
         [this](const std::string& p) { return confirmLoad() && loadConfigFrom(p); }, this);
     window->setAttribute(Qt::WA_DeleteOnClose);

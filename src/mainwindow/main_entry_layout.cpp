@@ -103,7 +103,8 @@ QVBoxLayout* MainEntry::buildMotorColumn(int m, QWidget* central)
         value->setObjectName(QString("%1%2").arg(qs(labelName(r.label))).arg(m));
         value->setToolTip(QString(r.tip) + " (click to change)");
         const ParamLabel l = r.label;
-        connect(value, &ClickLabel::clicked, this, [this, l, m] { guarded("ParamLabel_Click", [&] { ParamLabel_Click(l, m); }); });
+        connect(value, &ClickLabel::clicked, this,
+                [this, l, m] { guarded("ParamLabel_Click", [&] { ParamLabel_Click(l, m); }); });
         paramLabels[l][idx] = value;
         caption->setBuddy(value);
         grid->addWidget(caption, row, 0);
@@ -157,13 +158,13 @@ void MainEntry::buildTargetFrames(QVBoxLayout* shared, QWidget* central)
         b->setObjectName(QString("KDXAxisSelcb%1").arg(i));
         b->setToolTip(QString("Connects to the %1 KDX axis through the Q-Vane").arg(axisCaptions[i]));
         compact(b);
-        connect(b, &QPushButton::clicked, this, [this, i] { guarded("KDXAxisSelcb_Click", [&] { KDXAxisSelcb_Click(i); }); });
+        connect(b, &QPushButton::clicked, this,
+                [this, i] { guarded("KDXAxisSelcb_Click", [&] { KDXAxisSelcb_Click(i); }); });
         axisLayout->addWidget(b);
         KDXAxisSelcb[static_cast<std::size_t>(i)] = b;
     }
     QVaneConnectFr->setVisible(false);
     shared->addWidget(QVaneConnectFr);
-
 }
 
 // The module: firmware, supply, switch and command inputs.
@@ -220,10 +221,14 @@ QGroupBox* MainEntry::buildTransferFrame(QWidget* central)
     LoadConfigcb->setToolTip("Load the configuration from a backup file");
     SaveConfigcb = makeButton("Save", "SaveConfigcb", transferBox);
     SaveConfigcb->setToolTip("Save the configuration to a backup file");
-    connect(ReadConfigcb, &QPushButton::clicked, this, [this] { guarded("ReadConfigcb_Click", [&] { ReadConfigcb_Click(); }); });
-    connect(WriteConfigcb, &QPushButton::clicked, this, [this] { guarded("WriteConfigcb_Click", [&] { WriteConfigcb_Click(); }); });
-    connect(LoadConfigcb, &QPushButton::clicked, this, [this] { guarded("LoadConfigcb_Click", [&] { LoadConfigcb_Click(); }); });
-    connect(SaveConfigcb, &QPushButton::clicked, this, [this] { guarded("SaveConfigcb_Click", [&] { SaveConfigcb_Click(); }); });
+    connect(ReadConfigcb, &QPushButton::clicked, this,
+            [this] { guarded("ReadConfigcb_Click", [&] { ReadConfigcb_Click(); }); });
+    connect(WriteConfigcb, &QPushButton::clicked, this,
+            [this] { guarded("WriteConfigcb_Click", [&] { WriteConfigcb_Click(); }); });
+    connect(LoadConfigcb, &QPushButton::clicked, this,
+            [this] { guarded("LoadConfigcb_Click", [&] { LoadConfigcb_Click(); }); });
+    connect(SaveConfigcb, &QPushButton::clicked, this,
+            [this] { guarded("SaveConfigcb_Click", [&] { SaveConfigcb_Click(); }); });
     transfer->addWidget(ReadConfigcb, 0, 0);
     transfer->addWidget(WriteConfigcb, 0, 1);
     transfer->addWidget(LoadConfigcb, 1, 0);
@@ -260,7 +265,8 @@ QGroupBox* MainEntry::buildDebugFrame(QWidget* central)
     DebIDtb = new ClickLabel(DebugIDFr);
     DebIDtb->setObjectName("DebIDtb");
     DebIDtb->setToolTip("The module's debug identifier (click to change)");
-    connect(DebIDtb, &ClickLabel::clicked, this, [this] { guarded("ParamLabel_Click", [&] { ParamLabel_Click(ParamLabel::DebIDtb, 0); }); });
+    connect(DebIDtb, &ClickLabel::clicked, this,
+            [this] { guarded("ParamLabel_Click", [&] { ParamLabel_Click(ParamLabel::DebIDtb, 0); }); });
     debugLayout->addWidget(new QLabel("Debug ID", DebugIDFr));
     debugLayout->addWidget(DebIDtb);
     return DebugIDFr;
@@ -280,14 +286,16 @@ QGroupBox* MainEntry::buildTestFrame(QWidget* parent)
     TestRatetb = new ClickLabel(frame);
     TestRatetb->setObjectName("TestRatetb");
     TestRatetb->setToolTip(qs(testmode::TestRatetbTip));
-    connect(TestRatetb, &ClickLabel::clicked, this, [this] { guarded("TestRatetb_Click", [&] { TestRatetb_Click(); }); });
+    connect(TestRatetb, &ClickLabel::clicked, this,
+            [this] { guarded("TestRatetb_Click", [&] { TestRatetb_Click(); }); });
     layout->addWidget(new QLabel("Power", frame), 0, 0);
     layout->addWidget(TestPtb, 0, 1);
     layout->addWidget(new QLabel("Rate", frame), 1, 0);
     layout->addWidget(TestRatetb, 1, 1);
     RestartIntoBLcb = makeButton("Restart Into Bootloader", "RestartIntoBLcb", frame);
     RestartIntoBLcb->setToolTip("Restarts the module into its bootloader, for a firmware update");
-    connect(RestartIntoBLcb, &QPushButton::clicked, this, [this] { guarded("RestartIntoBLcb_Click", [&] { RestartIntoBLcb_Click(); }); });
+    connect(RestartIntoBLcb, &QPushButton::clicked, this,
+            [this] { guarded("RestartIntoBLcb_Click", [&] { RestartIntoBLcb_Click(); }); });
     layout->addWidget(RestartIntoBLcb, 2, 0, 1, 2);
     return frame;
 }
@@ -303,9 +311,11 @@ void MainEntry::buildMenus()
     mnuSave->setObjectName("mnuSave");
     mnuSave->setShortcut(QKeySequence::Save);
     file->addSeparator();
-    QAction* read = file->addAction("&Read from module", this, [this] { guarded("ReadConfigcb_Click", [&] { ReadConfigcb_Click(); }); });
+    QAction* read = file->addAction("&Read from module", this,
+                                    [this] { guarded("ReadConfigcb_Click", [&] { ReadConfigcb_Click(); }); });
     read->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
-    QAction* write = file->addAction("&Write to module", this, [this] { guarded("WriteConfigcb_Click", [&] { WriteConfigcb_Click(); }); });
+    QAction* write = file->addAction("&Write to module", this,
+                                     [this] { guarded("WriteConfigcb_Click", [&] { WriteConfigcb_Click(); }); });
     write->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_W));
     file->addSeparator();
     mnuExit = file->addAction("E&xit", this, [this] { close(); });

@@ -18,7 +18,8 @@ void MainEntry::buildLiveDisplayTimer()
     liveDisplayTimer_->setObjectName("liveDisplayTimer");
     liveDisplayTimer_->setInterval(LiveDisplayMs);
     liveDisplayTimer_->setSingleShot(true);
-    connect(liveDisplayTimer_, &QTimer::timeout, this, [this] { guarded("flushLiveDisplay", [&] { flushLiveDisplay(); }); });
+    connect(liveDisplayTimer_, &QTimer::timeout, this,
+            [this] { guarded("flushLiveDisplay", [&] { flushLiveDisplay(); }); });
 }
 
 void MainEntry::scheduleLiveValues()

@@ -122,8 +122,7 @@ void MainEntry::ShowLiveValues()
     setCaption(Voltagetb, captions_.Voltagetb);
     setCaption(Switchtb, captions_.Switchtb);
     if ((live.SwitchBits & ButtonSwitchBit) && !ButtonFr->isVisibleTo(this)) ButtonFr->setVisible(true);
-    if (shownSelectedValid_.changed(live.SelectedInputValid))
-        peers_.tuning.SetInputValid(live.SelectedInputValid);
+    if (shownSelectedValid_.changed(live.SelectedInputValid)) peers_.tuning.SetInputValid(live.SelectedInputValid);
     for (std::size_t i = 0; i < 3; ++i)
         if (shownValid_[i].changed(live.InputValid[i])) paintFace(Validitiescb[i], validityColour(live.InputValid[i]));
     DebIDtb->setCaption(QString::number(config_.debugId()));
@@ -139,10 +138,8 @@ void MainEntry::writeLogLine()
 {
     if (!peers_.log.GetLoggingDataToFile()) return;
     logLine_.clear();
-    if (peers_.debug.GetLogDebugData())
-        appendTelemetryLogLine(logLine_, live, peers_.debug.GetDebugStrToLog());
-    else
-        appendTelemetryLogLine(logLine_, live);
+    if (peers_.debug.GetLogDebugData()) appendTelemetryLogLine(logLine_, live, peers_.debug.GetDebugStrToLog());
+    else appendTelemetryLogLine(logLine_, live);
     peers_.log.PutStringToLog(logLine_);
 }
 
@@ -167,10 +164,14 @@ void MainEntry::buildLiveValues(int m, QGroupBox* frame)
         const char* caption;
     };
     const Row rows[] = {
-        {&AxisAngletb, "AxisAngletb", "Angle (deg)"}, {&AxisRatetb, "AxisRatetb", "Rate"},
-        {&AxisErrortb, "AxisErrortb", "Error (deg)"}, {&AxisPtb, "AxisPtb", "P"},
-        {&AxisItb, "AxisItb", "I"},                   {&AxisDtb, "AxisDtb", "D"},
-        {&ExtGaintb, "ExtGaintb", "Ext gain"},        {&ElecAngletb, "ElecAngletb", "Elec angle"},
+        {&AxisAngletb, "AxisAngletb", "Angle (deg)"},
+        {&AxisRatetb, "AxisRatetb", "Rate"},
+        {&AxisErrortb, "AxisErrortb", "Error (deg)"},
+        {&AxisPtb, "AxisPtb", "P"},
+        {&AxisItb, "AxisItb", "I"},
+        {&AxisDtb, "AxisDtb", "D"},
+        {&ExtGaintb, "ExtGaintb", "Ext gain"},
+        {&ElecAngletb, "ElecAngletb", "Elec angle"},
         {&AxisPowertb, "AxisPowertb", "Power"},
     };
     int row = 0;
@@ -202,11 +203,13 @@ void MainEntry::buildLiveValues(int m, QGroupBox* frame)
     TestOffcb[idx]->setObjectName(QString("TestOffcb%1").arg(m));
     TestOffcb[idx]->setToolTip(qs(testmode::TestOffcbTip));
     TestOffcb[idx]->setFixedWidth(TestOffcb[idx]->sizeHint().height());
-    connect(TestOffcb[idx], &QPushButton::clicked, this, [this, m] { guarded("TestOffcb_Click", [&] { TestOffcb_Click(m); }); });
+    connect(TestOffcb[idx], &QPushButton::clicked, this,
+            [this, m] { guarded("TestOffcb_Click", [&] { TestOffcb_Click(m); }); });
     TestDrivecb[idx] = new QPushButton(qs(testmode::TestDrivecbCaption), frame);
     TestDrivecb[idx]->setObjectName(QString("TestDrivecb%1").arg(m));
     TestDrivecb[idx]->setToolTip(qs(testmode::TestDrivecbTip));
-    connect(TestDrivecb[idx], &QPushButton::clicked, this, [this, m] { guarded("TestDrivecb_Click", [&] { TestDrivecb_Click(m); }); });
+    connect(TestDrivecb[idx], &QPushButton::clicked, this,
+            [this, m] { guarded("TestDrivecb_Click", [&] { TestDrivecb_Click(m); }); });
     for (QPushButton* b : {Testcb[idx], TestDrivecb[idx]})
         b->setMinimumWidth(b->fontMetrics().horizontalAdvance(b->text()) + 2 * b->fontMetrics().averageCharWidth());
     test->addWidget(Testcb[idx]);

@@ -31,8 +31,7 @@ std::string permissionHint([[maybe_unused]] const std::string& path)
 #ifdef __linux__
     const std::string group = deviceGroupNotJoined(path);
     if (!group.empty())
-        return " (add your user to the " + group + " group: sudo usermod -aG " + group +
-               " $USER, then log in again)";
+        return " (add your user to the " + group + " group: sudo usermod -aG " + group + " $USER, then log in again)";
 #endif
     return {};
 }

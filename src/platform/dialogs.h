@@ -19,10 +19,10 @@ enum class Answer { Ok, Yes, No, Cancel };
 
 struct FileDialogRequest {
     std::string title;
-    std::string filter;      // the system's "Text|*.ext|Text|*.*" form
-    int filterIndex = 1;     // 1-based, as the system counts
-    std::string defaultExt;  // without the dot
-    std::string fileName;    // initial file name (may include a folder)
+    std::string filter;     // the system's "Text|*.ext|Text|*.*" form
+    int filterIndex = 1;    // 1-based, as the system counts
+    std::string defaultExt; // without the dot
+    std::string fileName;   // initial file name (may include a folder)
     std::string initialDir;
 };
 

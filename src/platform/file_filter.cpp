@@ -31,8 +31,7 @@ std::string toQtFilter(const std::string& filter)
         if (e.caption.find('(') != std::string::npos) out += e.caption;
         else out += e.caption + " (" + patterns + ")";
         // Qt reads the patterns from the brackets; make sure they are the real ones.
-        if (e.caption.find("(" + patterns + ")") == std::string::npos &&
-            e.caption.find('(') != std::string::npos)
+        if (e.caption.find("(" + patterns + ")") == std::string::npos && e.caption.find('(') != std::string::npos)
             out += " (" + patterns + ")";
     }
     return out;

@@ -40,11 +40,11 @@ Answer QtDialogs::MsgBox(const std::string& prompt, int style, const std::string
     box.setText(QString::fromStdString(prompt));
     const int buttons = style & 7;
     const int icon = style & 0x70;
-    box.setIcon(icon == box::Critical ? QMessageBox::Critical
-                : icon == 32          ? QMessageBox::Question
+    box.setIcon(icon == box::Critical      ? QMessageBox::Critical
+                : icon == 32               ? QMessageBox::Question
                 : icon == box::Exclamation ? QMessageBox::Warning
-                : icon == 64          ? QMessageBox::Information
-                                      : QMessageBox::NoIcon);
+                : icon == 64               ? QMessageBox::Information
+                                           : QMessageBox::NoIcon);
     if (buttons == box::YesNo) {
         box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
         box.setDefaultButton(QMessageBox::Yes);
@@ -64,8 +64,7 @@ Answer QtDialogs::MsgBox(const std::string& prompt, int style, const std::string
     }
 }
 
-std::string QtDialogs::InputBox(const std::string& prompt, const std::string& title,
-                                const std::string& defaultText)
+std::string QtDialogs::InputBox(const std::string& prompt, const std::string& title, const std::string& defaultText)
 {
     QInputDialog dialog(owner(parent_));
     dialog.setWindowTitle(QString::fromStdString(title));
@@ -78,8 +77,8 @@ std::string QtDialogs::InputBox(const std::string& prompt, const std::string& ti
 std::optional<std::string> QtDialogs::OpenFile(const FileDialogRequest& r)
 {
     QString filter = selectedFilter(r);
-    const QString path = QFileDialog::getOpenFileName(owner(parent_), QString::fromStdString(r.title),
-                                                      startPath(r), QString::fromStdString(toQtFilter(r.filter)), &filter);
+    const QString path = QFileDialog::getOpenFileName(owner(parent_), QString::fromStdString(r.title), startPath(r),
+                                                      QString::fromStdString(toQtFilter(r.filter)), &filter);
     if (path.isEmpty()) return std::nullopt;
     return path.toStdString();
 }

@@ -12,8 +12,7 @@ public:
     void setParent(QWidget* parent) { parent_ = parent; }
 
     Answer MsgBox(const std::string& prompt, int style, const std::string& title) override;
-    std::string InputBox(const std::string& prompt, const std::string& title,
-                         const std::string& defaultText) override;
+    std::string InputBox(const std::string& prompt, const std::string& title, const std::string& defaultText) override;
     std::optional<std::string> OpenFile(const FileDialogRequest& request) override;
     std::optional<std::string> SaveFile(const FileDialogRequest& request) override;
 

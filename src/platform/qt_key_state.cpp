@@ -4,9 +4,6 @@
 
 namespace kdx {
 
-bool QtKeyState::shiftDown() const
-{
-    return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier);
-}
+bool QtKeyState::shiftDown() const { return QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier); }
 
 } // namespace kdx

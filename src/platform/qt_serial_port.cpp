@@ -46,13 +46,16 @@ std::vector<PortIdentity> QtSerialPort::describePorts()
 {
     std::vector<PortIdentity> system;
     for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) system.push_back(identityOf(info));
-    std::sort(system.begin(), system.end(), [](const PortIdentity& a, const PortIdentity& b) { return a.path < b.path; });
-    std::vector<PortIdentity> ports(system.begin(), system.begin() + std::min<std::ptrdiff_t>(MaxListedPorts, std::ssize(system)));
+    std::sort(system.begin(), system.end(),
+              [](const PortIdentity& a, const PortIdentity& b) { return a.path < b.path; });
+    std::vector<PortIdentity> ports(system.begin(),
+                                    system.begin() + std::min<std::ptrdiff_t>(MaxListedPorts, std::ssize(system)));
     for (const auto& e : extra_) {
         if (std::any_of(ports.begin(), ports.end(), [&](const PortIdentity& p) { return p.path == e; })) continue;
         PortIdentity id = PortIdentity::at(e);
         const std::string target = QFileInfo(QString::fromStdString(e)).canonicalFilePath().toStdString();
-        const auto linked = std::find_if(system.begin(), system.end(), [&](const PortIdentity& p) { return p.path == target; });
+        const auto linked =
+            std::find_if(system.begin(), system.end(), [&](const PortIdentity& p) { return p.path == target; });
         if (!target.empty() && linked != system.end()) {
             id = *linked;
             id.path = e;
@@ -134,15 +137,16 @@ void QtSerialPort::onReadyRead()
 {
     const QByteArray data = port_.readAll();
     if (!data.isEmpty() && onBytes)
-        onBytes(std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(data.constData()), static_cast<std::size_t>(data.size())));
+        onBytes(std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(data.constData()),
+                                         static_cast<std::size_t>(data.size())));
 }
 
 void QtSerialPort::onError(QSerialPort::SerialPortError error)
 {
     // Only failures of an open port are a loss; open errors are reported by open().
     if (error == QSerialPort::NoError || !port_.isOpen()) return;
-    if (error != QSerialPort::ResourceError && error != QSerialPort::ReadError &&
-        error != QSerialPort::WriteError && error != QSerialPort::UnknownError)
+    if (error != QSerialPort::ResourceError && error != QSerialPort::ReadError && error != QSerialPort::WriteError &&
+        error != QSerialPort::UnknownError)
         return;
     if (reportingLoss_) return;
     reportingLoss_ = true;

@@ -33,7 +33,8 @@ std::vector<std::pair<int, int>> spots(const PlaceRect& area, std::span<const Pl
         s.emplace_back(t.x, t.bottom());
         s.emplace_back(area.x, t.bottom());
     }
-    std::sort(s.begin(), s.end(), [](auto a, auto b) { return a.second != b.second ? a.second < b.second : a.first < b.first; });
+    std::sort(s.begin(), s.end(),
+              [](auto a, auto b) { return a.second != b.second ? a.second < b.second : a.first < b.first; });
     return s;
 }
 

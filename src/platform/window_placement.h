@@ -8,7 +8,7 @@ namespace kdx {
 
 struct PlaceRect {
     int x = 0, y = 0, w = 0, h = 0;
-    int right() const { return x + w; }   // one past the last column
+    int right() const { return x + w; }  // one past the last column
     int bottom() const { return y + h; } // one past the last row
     bool operator==(const PlaceRect&) const = default;
 };

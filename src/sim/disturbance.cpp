@@ -9,7 +9,9 @@ namespace {
 
 constexpr double kDeg = std::numbers::pi / 180.0;
 // The sway's three components: frequency band (Hz) and share of the peak amplitude.
-constexpr struct { double loHz, hiHz, share; } kSwayBands[3] = {
+constexpr struct {
+    double loHz, hiHz, share;
+} kSwayBands[3] = {
     {0.12, 0.30, 0.55},
     {0.30, 0.60, 0.30},
     {0.60, 1.00, 0.15},

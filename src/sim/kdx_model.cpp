@@ -12,9 +12,9 @@ constexpr double kDeg = std::numbers::pi / 180.0;
 constexpr double kRad = 180.0 / std::numbers::pi;
 
 // Loop scale: electrical degrees of field lead per unit of each term at 100 %.
-constexpr double kP = 64.0;  // per degree of error
-constexpr double kI = 5.0;   // per second, per degree of error, per IRate unit
-constexpr double kD = 6.0;   // per degree per second of rate
+constexpr double kP = 64.0; // per degree of error
+constexpr double kI = 5.0;  // per second, per degree of error, per IRate unit
+constexpr double kD = 6.0;  // per degree per second of rate
 constexpr double kMaxLead = 90.0;
 
 constexpr double kGyroCutoffHz = 60.0;
@@ -134,8 +134,8 @@ void KdxAxis::step(double supplyVolts)
     hand_.step();
     const double joint = theta_ - hand_.angle();
     const double slip = omega_ - hand_.rate();
-    double torque = -phys_.viscous * slip - phys_.coulomb * std::tanh(slip / phys_.coulombWidth)
-                    - phys_.cogging * std::sin(phys_.cogsPerTurn * joint);
+    double torque = -phys_.viscous * slip - phys_.coulomb * std::tanh(slip / phys_.coulombWidth) -
+                    phys_.cogging * std::sin(phys_.cogsPerTurn * joint);
     if (drivePercent_ > 0.0) {
         const double current = drivePercent_ / 100.0 * supplyVolts / phys_.windingOhms;
         const double rotor = phys_.motorPoles / 2.0 * phys_.motorRatio * joint;

@@ -62,19 +62,19 @@ enum class AxisKind { Tilt, Roll, Pan };
 
 // The mechanics of one axis and the motor fitted to it.
 struct AxisPhysics {
-    double inertia;       // kg m^2
-    double viscous;       // N m s / rad
-    double coulomb;       // N m
-    double coulombWidth;  // rad / s: the stiction step is smoothed over this rate
-    double cogging;       // N m, peak of the motor's cogging torque
-    int cogsPerTurn;      // cogging periods per turn of the joint
-    double weight;        // m g, N
-    double cgAhead;       // m
-    double cgBelow;       // m
-    double motorKt;       // N m / A
-    double windingOhms;   // ohm
+    double inertia;      // kg m^2
+    double viscous;      // N m s / rad
+    double coulomb;      // N m
+    double coulombWidth; // rad / s: the stiction step is smoothed over this rate
+    double cogging;      // N m, peak of the motor's cogging torque
+    int cogsPerTurn;     // cogging periods per turn of the joint
+    double weight;       // m g, N
+    double cgAhead;      // m
+    double cgBelow;      // m
+    double motorKt;      // N m / A
+    double windingOhms;  // ohm
     int motorPoles;
-    double motorRatio;    // motor turns per load turn
+    double motorRatio; // motor turns per load turn
     HandMotionShape hand;
 };
 
@@ -82,14 +82,14 @@ AxisPhysics axisPhysics(AxisKind kind);
 
 // The gain set the loop runs on, in the units the tool shows.
 struct DriveGains {
-    double pTerm = 100.0;          // %
+    double pTerm = 100.0; // %
     double iRate = 20.0;
-    double iAngle = 2.0;           // degrees
-    double dTerm = 50.0;           // %
-    double gainPerc = 100.0;       // %
-    double staticPower = 15.0;     // %
-    double dynamicPower = 40.0;    // %
-    double powerErrorAngle = 4.0;  // degrees
+    double iAngle = 2.0;          // degrees
+    double dTerm = 50.0;          // %
+    double gainPerc = 100.0;      // %
+    double staticPower = 15.0;    // %
+    double dynamicPower = 40.0;   // %
+    double powerErrorAngle = 4.0; // degrees
     int poles = 14;
     double driveRatio = 1.0;
     bool reverse = false;
@@ -99,13 +99,13 @@ enum class TestDrive { None, Direction, Off };
 
 // What the module reports about the axis, in display units.
 struct AxisReport {
-    double rate = 0;        // degrees per second
-    double error = 0;       // degrees
+    double rate = 0;                        // degrees per second
+    double error = 0;                       // degrees
     double pComp = 0, iComp = 0, dComp = 0; // electrical degrees of lead
-    double elecAngle = 0;   // 0 .. 360
+    double elecAngle = 0;                   // 0 .. 360
     double powerPercent = 0;
-    double angle = 0;       // degrees, -180 .. 180
-    double joint = 0;       // payload relative to handle, degrees
+    double angle = 0; // degrees, -180 .. 180
+    double joint = 0; // payload relative to handle, degrees
     bool testDriveActive = false;
 };
 
@@ -135,7 +135,7 @@ public:
     AxisReport report() const;
     // (drive fraction)^2 / R: what this motor draws from the supply per volt.
     double loadConductance() const;
-    double angleDeg() const;  // true payload angle, degrees (not wrapped)
+    double angleDeg() const; // true payload angle, degrees (not wrapped)
     double handleDeg() const;
 
 private:
@@ -163,7 +163,7 @@ private:
     bool tuningDrive_ = false;
     uint64_t tuningTicks_ = 0;
     double iComp_ = 0.0;
-    double fieldDeg_ = 0.0;   // electrical degrees
+    double fieldDeg_ = 0.0; // electrical degrees
     double drivePercent_ = 0.0;
     AxisReport report_;
 };

@@ -81,7 +81,8 @@ void ModuleEndpoint::handleDirect(int id, std::span<const uint8_t> payload)
         }
         break;
     case msg::Gains:
-        if (payload.size() == kGainPayload && payload[0] < drives_.size()) setTuned(drives_[payload[0]], payload.subspan(1));
+        if (payload.size() == kGainPayload && payload[0] < drives_.size())
+            setTuned(drives_[payload[0]], payload.subspan(1));
         break;
     case msg::TestDrive:
         if (payload.size() == kTestPayload) {
@@ -96,8 +97,7 @@ void ModuleEndpoint::handleDirect(int id, std::span<const uint8_t> payload)
                 if (payload[0] & (1 << m)) drives_[m].axis.setTuningDrive(!drives_[m].axis.tuningDrive());
         }
         break;
-    default:
-        break; // not for a KDX: ignored
+    default: break; // not for a KDX: ignored
     }
 }
 
@@ -140,8 +140,7 @@ void ModuleEndpoint::handleRelayed(int id, std::span<const uint8_t> payload)
     case msg::TuningDrive:
         if (payload.size() == 1 && (payload[0] & 1)) d.axis.setTuningDrive(!d.axis.tuningDrive());
         break;
-    default:
-        break;
+    default: break;
     }
 }
 
@@ -178,7 +177,8 @@ void ModuleEndpoint::replyMemory()
 {
     std::array<uint8_t, layout::DirectBytes> image{};
     for (std::size_t m = 0; m < drives_.size(); ++m)
-        std::copy(drives_[m].block.begin(), drives_[m].block.end(), image.begin() + static_cast<long>(m * layout::MotorBlockSize));
+        std::copy(drives_[m].block.begin(), drives_[m].block.end(),
+                  image.begin() + static_cast<long>(m * layout::MotorBlockSize));
     appendFrame(pending_, msg::MemoryContents, image);
 }
 

@@ -24,10 +24,10 @@ enum class Role { Kdx, QVane };
 class ModuleEndpoint {
 public:
     static constexpr int kTicksPerSecond = 1000;
-    static constexpr int kTicksPerTelemetry = 10;   // 100 messages per second
-    static constexpr int kBootloaderTicks = 3000;   // silence after a restart request
-    static constexpr int kGainHoldTicks = 200;      // tuned gains lapse after this
-    static constexpr int kTestHoldTicks = 500;      // a test lapses unless repeated
+    static constexpr int kTicksPerTelemetry = 10; // 100 messages per second
+    static constexpr int kBootloaderTicks = 3000; // silence after a restart request
+    static constexpr int kGainHoldTicks = 200;    // tuned gains lapse after this
+    static constexpr int kTestHoldTicks = 500;    // a test lapses unless repeated
 
     ModuleEndpoint(Role role, uint64_t seed);
 

@@ -9,8 +9,12 @@ QtSimPort::QtSimPort(SerialPort* real, uint64_t seed, Clock& clock, QObject* par
     timer_.setTimerType(Qt::PreciseTimer);
     connect(&timer_, &QTimer::timeout, this, &QtSimPort::tick);
     if (real_) {
-        real_->onBytes = [this](std::span<const uint8_t> b) { if (onBytes) onBytes(b); };
-        real_->onLost = [this](const std::string& reason) { if (onLost) onLost(reason); };
+        real_->onBytes = [this](std::span<const uint8_t> b) {
+            if (onBytes) onBytes(b);
+        };
+        real_->onLost = [this](const std::string& reason) {
+            if (onLost) onLost(reason);
+        };
     }
 }
 

@@ -12,9 +12,9 @@ namespace kdx::sim {
 class ModuleEndpoint;
 
 struct SimOptions {
-    bool qvane = false;   // a Q-Vane relaying three KDX axes instead of one direct KDX
+    bool qvane = false; // a Q-Vane relaying three KDX axes instead of one direct KDX
     uint64_t seed = 1;
-    double noise = 0.0;   // fraction of output bytes corrupted (0 .. 1)
+    double noise = 0.0; // fraction of output bytes corrupted (0 .. 1)
 };
 
 class Simulator {

@@ -15,16 +15,16 @@ namespace kdx::sim {
 struct DirectTelemetry {
     std::array<AxisReport, 2> motor{};
     double volts = 0;
-    uint8_t switchBits = 0;       // bits 0-3
-    bool inputValid = true;       // the module's own command input
-    uint8_t motorConfigBits = 0;  // bit 3 clear: both motors fitted
+    uint8_t switchBits = 0;      // bits 0-3
+    bool inputValid = true;      // the module's own command input
+    uint8_t motorConfigBits = 0; // bit 3 clear: both motors fitted
     std::array<uint8_t, 2> extGain{100, 100};
     std::array<uint8_t, 7> debug{};
     uint8_t firmwareMajor = 0, firmwareMinor = 0;
 };
 
 struct RelayedTelemetry {
-    int axis = 0;                 // 0 Tilt, 1 Roll, 2 Pan
+    int axis = 0; // 0 Tilt, 1 Roll, 2 Pan
     AxisReport report{};
     double volts = 0;
     uint8_t switchBits = 0;

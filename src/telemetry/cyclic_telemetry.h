@@ -11,16 +11,16 @@ namespace kdx {
 
 // One motor's live values, in display units.
 struct MotorTelemetry {
-    float AxisRate = 0;      // degrees per second
-    float AxisError = 0;     // degrees
-    float Pcomp = 0;         // PID components
+    float AxisRate = 0;  // degrees per second
+    float AxisError = 0; // degrees
+    float Pcomp = 0;     // PID components
     float Icomp = 0;
     float Dcomp = 0;
-    float ElecAngle = 0;     // electrical (phase) angle, degrees
-    float Power = 0;         // drive power, per cent
-    float AxisAngle = 0;     // degrees
-    float LoggedAngle = 0;   // the angle the log carries; relayed messages only, 0 on direct ones
-    int16_t ExtGain = 0;     // external gain, per cent (the raw byte)
+    float ElecAngle = 0;   // electrical (phase) angle, degrees
+    float Power = 0;       // drive power, per cent
+    float AxisAngle = 0;   // degrees
+    float LoggedAngle = 0; // the angle the log carries; relayed messages only, 0 on direct ones
+    int16_t ExtGain = 0;   // external gain, per cent (the raw byte)
     bool TestDriveActive = false;
     bool operator==(const MotorTelemetry&) const = default;
 };
@@ -32,16 +32,16 @@ inline constexpr int16_t ButtonSwitchBit = 1;
 
 // The main window's live values after one cyclic message.
 struct CyclicTelemetry {
-    bool TargetIsQVane = false;     // the message was relayed (122); direct (121) clears it
-    int32_t QVaneAxis = 3;          // axis the Q-Vane reported (0 Tilt, 1 Roll, 2 Pan); 3 after a direct message
+    bool TargetIsQVane = false; // the message was relayed (122); direct (121) clears it
+    int32_t QVaneAxis = 3;      // axis the Q-Vane reported (0 Tilt, 1 Roll, 2 Pan); 3 after a direct message
     std::array<MotorTelemetry, 2> motor{};
-    float Voltage = 0;              // supply volts
-    int16_t SwitchBits = 0;         // 0..15; bit 0 (ButtonSwitchBit): the module's button
+    float Voltage = 0;      // supply volts
+    int16_t SwitchBits = 0; // 0..15; bit 0 (ButtonSwitchBit): the module's button
     bool SelectedInputValid = false;
     std::array<bool, 3> InputValid{}; // PPM, Spektrum, SBUS; relayed messages only
-    int16_t MotorConfigBits = 0;    // direct messages only; bit 3 (SingleMotorBit) hides motor 1
-    std::array<uint8_t, 7> debug{}; // direct messages only: the debug display's bytes
-    int16_t VersionMajor = 0;       // direct messages only
+    int16_t MotorConfigBits = 0;      // direct messages only; bit 3 (SingleMotorBit) hides motor 1
+    std::array<uint8_t, 7> debug{};   // direct messages only: the debug display's bytes
+    int16_t VersionMajor = 0;         // direct messages only
     int16_t VersionMinor = 0;
     bool operator==(const CyclicTelemetry&) const = default;
 };

@@ -11,15 +11,15 @@ namespace kdx {
 
 // One motor's captions, named after the labels that show them.
 struct MotorCaptions {
-    std::string ElecAngletb; // "0"
-    std::string AxisRatetb;  // "0.0"
-    std::string AxisErrortb; // "0.0"
-    std::string AxisPtb;     // "0.00"
-    std::string AxisItb;     // "0.00"
-    std::string AxisDtb;     // "0.00"
-    std::string ExtGaintb;   // "0" and "%"
-    std::string AxisPowertb; // "OFF" at 0, else "0" and "%"
-    std::string AxisAngletb; // "0.0"
+    std::string ElecAngletb;        // "0"
+    std::string AxisRatetb;         // "0.0"
+    std::string AxisErrortb;        // "0.0"
+    std::string AxisPtb;            // "0.00"
+    std::string AxisItb;            // "0.00"
+    std::string AxisDtb;            // "0.00"
+    std::string ExtGaintb;          // "0" and "%"
+    std::string AxisPowertb;        // "OFF" at 0, else "0" and "%"
+    std::string AxisAngletb;        // "0.0"
     uint32_t TestDrivecbColour = 0; // blue-green-red: green running, light grey not
     bool operator==(const MotorCaptions&) const = default;
 };

@@ -21,7 +21,7 @@ namespace kdx {
 
 class LogWriter {
 public:
-    static constexpr double FlushInterval = 0.5;      // seconds
+    static constexpr double FlushInterval = 0.5;     // seconds
     static constexpr std::size_t FlushBytes = 65536; // write out sooner when this much waits
 
     static constexpr std::string_view OpenErrorPrefix = "Error opening log file: ";
@@ -90,10 +90,10 @@ private:
     std::string writeError_;
     std::string failReason_;
 
-    std::string pending_;                 // lines not yet written
-    std::vector<std::size_t> lineEnds_;   // end offset of each line in pending_
-    double pendingSince_ = 0;             // clock time of the oldest pending line
-    uint64_t written_ = 0;                // bytes of whole lines in the file
+    std::string pending_;               // lines not yet written
+    std::vector<std::size_t> lineEnds_; // end offset of each line in pending_
+    double pendingSince_ = 0;           // clock time of the oldest pending line
+    uint64_t written_ = 0;              // bytes of whole lines in the file
 };
 
 } // namespace kdx

@@ -34,7 +34,9 @@ QPushButton* button(const char* name, const char* caption, QWidget* parent)
 } // namespace
 
 TelemetrySetup::TelemetrySetup(Dialogs& dialogs, Clock& clock, QWidget* parent)
-    : QMainWindow(parent, Qt::Window), dialogs_(dialogs), log_(clock),
+    : QMainWindow(parent, Qt::Window),
+      dialogs_(dialogs),
+      log_(clock),
       header_([] { return telemetryFileTitles(false); })
 {
     setObjectName("TelemetrySetup");
@@ -62,8 +64,8 @@ void TelemetrySetup::build()
     LogEvents->setObjectName("LogEvents");
     LogEvents->setMinimumWidth(LogEvents->fontMetrics().horizontalAdvance(" 0000000000"));
     LogEvents->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    for (QWidget* w : {static_cast<QWidget*>(StartLog), static_cast<QWidget*>(PauseLog),
-                       static_cast<QWidget*>(StopLog), static_cast<QWidget*>(LogEvents)})
+    for (QWidget* w : {static_cast<QWidget*>(StartLog), static_cast<QWidget*>(PauseLog), static_cast<QWidget*>(StopLog),
+                       static_cast<QWidget*>(LogEvents)})
         controlRow->addWidget(w);
     layout->addWidget(LogControl);
 
@@ -97,8 +99,10 @@ void TelemetrySetup::build()
     connect(StartLog, &QPushButton::clicked, this, [this] { guarded("StartLog_Click", [&] { StartLog_Click(); }); });
     connect(PauseLog, &QPushButton::clicked, this, [this] { guarded("PauseLog_Click", [&] { PauseLog_Click(); }); });
     connect(StopLog, &QPushButton::clicked, this, [this] { guarded("StopLog_Click", [&] { StopLog_Click(); }); });
-    connect(NextLogFile, &QPushButton::clicked, this, [this] { guarded("NextLogFile_Click", [&] { NextLogFile_Click(); }); });
-    connect(ChangeLogFile, &QPushButton::clicked, this, [this] { guarded("ChangeLogFile_Click", [&] { ChangeLogFile_Click(); }); });
+    connect(NextLogFile, &QPushButton::clicked, this,
+            [this] { guarded("NextLogFile_Click", [&] { NextLogFile_Click(); }); });
+    connect(ChangeLogFile, &QPushButton::clicked, this,
+            [this] { guarded("ChangeLogFile_Click", [&] { ChangeLogFile_Click(); }); });
     connect(mnuClose, &QAction::triggered, this, [this] { guarded("mnuClose_Click", [&] { mnuClose_Click(); }); });
     connect(FlushTimer, &QTimer::timeout, this, [this] { guarded("FlushTimer_Timer", [&] { FlushTimer_Timer(); }); });
 }
@@ -120,14 +124,9 @@ void TelemetrySetup::PutStringToLog(const std::string& line)
 {
     switch (log_.PutStringToLog(line)) {
     case LogWriter::PutResult::NotWritten:
-    case LogWriter::PutResult::Written:
-        return;
-    case LogWriter::PutResult::CountChanged:
-        showLogEvents();
-        return;
-    case LogWriter::PutResult::WriteFailed:
-        writeFailed();
-        return;
+    case LogWriter::PutResult::Written: return;
+    case LogWriter::PutResult::CountChanged: showLogEvents(); return;
+    case LogWriter::PutResult::WriteFailed: writeFailed(); return;
     }
 }
 

@@ -28,8 +28,8 @@ int32_t scaled(float value, float divisor, float factor)
 
 } // namespace
 
-void buildGainMsg(OutMsgBuffer& OutMsg, float P, float I, float IA, float D, float G, float V1,
-                  float V2, int MotorIndex, const GainMsgRoute& route)
+void buildGainMsg(OutMsgBuffer& OutMsg, float P, float I, float IA, float D, float G, float V1, float V2,
+                  int MotorIndex, const GainMsgRoute& route)
 {
     const int32_t p = scaled(P, kPercentDivisor, kPDScale);
     const int32_t i = CLng(I);

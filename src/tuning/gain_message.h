@@ -19,7 +19,7 @@ struct GainMsgRoute {
 // Scaling: P and D / 100 x 128, G / 100 x 256, volts x 256, IA x 16, each rounded half
 // to even to a 32-bit integer (overflow raises); of I only the low byte goes. Two-byte
 // fields are low byte first, negatives as two's complement.
-void buildGainMsg(OutMsgBuffer& OutMsg, float P, float I, float IA, float D, float G, float V1,
-                  float V2, int MotorIndex, const GainMsgRoute& route = {});
+void buildGainMsg(OutMsgBuffer& OutMsg, float P, float I, float IA, float D, float G, float V1, float V2,
+                  int MotorIndex, const GainMsgRoute& route = {});
 
 } // namespace kdx

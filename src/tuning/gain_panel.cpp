@@ -34,8 +34,7 @@ void GainPanel::ValueTb_Click(Gain which)
     // Kept as designed: the default is the whole-number rounding, so an empty reply (or
     // Cancel) rounds the value (an I angle of 3.5 becomes 4).
     const std::string proposed = Format(CLng(value), "0.0");
-    const std::string reply =
-        dialogs_.InputBox(std::string(e.prompt), std::string(tuning_text::EntryTitle), proposed);
+    const std::string reply = dialogs_.InputBox(std::string(e.prompt), std::string(tuning_text::EntryTitle), proposed);
     accept(which, Val(reply.empty() ? proposed : reply));
     RefreshDisplay();
 }
@@ -152,7 +151,7 @@ void GainPanel::MemReccb_Click(int slot)
 void GainPanel::takeFromMain()
 {
     const int m = MotorIndex_;
-    values_ = GainSet{store_.GetP(m), store_.GetI(m), store_.GetIA(m), store_.GetD(m),
+    values_ = GainSet{store_.GetP(m),  store_.GetI(m),  store_.GetIA(m), store_.GetD(m),
                       store_.GetV1(m), store_.GetV2(m), store_.GetG(m)};
     VoltageOffset_ = values_.V2 - values_.V1;
     RefreshDisplay();
@@ -211,7 +210,7 @@ void GainPanel::RefreshDisplay()
 {
     setCaptions();
     const int m = MotorIndex_;
-    const GainSet stored{store_.GetP(m), store_.GetI(m), store_.GetIA(m), store_.GetD(m),
+    const GainSet stored{store_.GetP(m),  store_.GetI(m),  store_.GetIA(m), store_.GetD(m),
                          store_.GetV1(m), store_.GetV2(m), store_.GetG(m)};
     // Until a motor is selected the panel holds no motor's gains (a loaded tuning file
     // only fills a memory), so there is nothing it could differ from.

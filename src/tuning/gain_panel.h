@@ -50,16 +50,16 @@ struct GainMemory {
     float marker = 0;
     bool operator==(const GainMemory&) const = default;
 };
-constexpr int kGainMemories = 5;      // slot 4 has no buttons and is never shown
+constexpr int kGainMemories = 5; // slot 4 has no buttons and is never shown
 constexpr int kGainMemoryButtons = 4;
 
 struct GainPanelFaces {
     std::array<std::string, kGainCount> captions; // Ptb .. Gtb
     uint32_t SaveGaincb = colours::LightGrey;
-    std::array<uint32_t, kGainMemoryButtons> MemStorecb = {colours::LightGrey, colours::LightGrey,
-                                                           colours::LightGrey, colours::LightGrey};
-    std::array<uint32_t, kGainMemoryButtons> MemReccb = {colours::LightGrey, colours::LightGrey,
-                                                         colours::LightGrey, colours::LightGrey};
+    std::array<uint32_t, kGainMemoryButtons> MemStorecb = {colours::LightGrey, colours::LightGrey, colours::LightGrey,
+                                                           colours::LightGrey};
+    std::array<uint32_t, kGainMemoryButtons> MemReccb = {colours::LightGrey, colours::LightGrey, colours::LightGrey,
+                                                         colours::LightGrey};
     std::array<uint32_t, 2> MotorSelcb = {colours::LightGrey, colours::LightGrey};
     uint32_t Enablecb = colours::LightGrey;
 };

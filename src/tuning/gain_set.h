@@ -10,8 +10,7 @@ namespace kdx {
 
 enum class Gain : int { P, I, IA, D, V1, V2, G };
 constexpr int kGainCount = 7;
-constexpr std::array<Gain, kGainCount> kAllGains = {Gain::P, Gain::I, Gain::IA, Gain::D,
-                                                    Gain::V1, Gain::V2, Gain::G};
+constexpr std::array<Gain, kGainCount> kAllGains = {Gain::P, Gain::I, Gain::IA, Gain::D, Gain::V1, Gain::V2, Gain::G};
 
 struct GainSet {
     float P = 0;  // %

@@ -10,20 +10,20 @@ namespace kdx {
 namespace {
 
 // Picture units (1/15 pixel as designed).
-constexpr double kEdgeMargin = 40;     // traces run this far inside the top and bottom
-constexpr double kCursorInner = 80;    // cursor marks span ym +- 80 .. 200
+constexpr double kEdgeMargin = 40;  // traces run this far inside the top and bottom
+constexpr double kCursorInner = 80; // cursor marks span ym +- 80 .. 200
 constexpr double kCursorOuter = 200;
-constexpr double kBorderInset = 2;     // border starts this far in from left and top
+constexpr double kBorderInset = 2; // border starts this far in from left and top
 
 // Pen widths in pixels.
 constexpr double kThinPen = 1;
 constexpr double kBorderPen = 4;
-constexpr double kCursorErasePen = 5;  // wider than the cursor so it wipes it completely
+constexpr double kCursorErasePen = 5; // wider than the cursor so it wipes it completely
 constexpr double kCursorPen = 2;
 
 // Sample units.
-constexpr double kCursorLead = 6;      // the old cursor position ahead of the newest point
-constexpr double kCursorStep = 2;      // the new one, 8 samples ahead
+constexpr double kCursorLead = 6; // the old cursor position ahead of the newest point
+constexpr double kCursorStep = 2; // the new one, 8 samples ahead
 
 // The automatic pass starts the minimum at this value and the maximum at 0, so the
 // maximum is never negative; the range is made symmetric afterwards anyway.
@@ -35,10 +35,7 @@ constexpr double kWholeLabelThreshold = 5;
 
 } // namespace
 
-GraphRenderer::GraphRenderer(const TraceBuffer& traces, GraphCanvas& canvas)
-    : traces_(traces), canvas_(canvas)
-{
-}
+GraphRenderer::GraphRenderer(const TraceBuffer& traces, GraphCanvas& canvas) : traces_(traces), canvas_(canvas) {}
 
 void GraphRenderer::PutXAxisMinMax(double min, float max)
 {

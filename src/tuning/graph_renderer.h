@@ -18,11 +18,11 @@
 namespace kdx {
 
 namespace graph_colour {
-constexpr uint32_t Background = 0x808080;          // also used to erase
-constexpr uint32_t RateTrace = 0xFFFF00;           // cyan, channel 0, `AxisRatelb` text
-constexpr uint32_t ErrorTrace = 0x01FFFF;          // yellow, channel 1, `AxisAnglelb` text
-constexpr uint32_t Grid = 756267;                  // dark green
-constexpr uint32_t GridBright = 1037889;           // zero line, middle second, border
+constexpr uint32_t Background = 0x808080; // also used to erase
+constexpr uint32_t RateTrace = 0xFFFF00;  // cyan, channel 0, `AxisRatelb` text
+constexpr uint32_t ErrorTrace = 0x01FFFF; // yellow, channel 1, `AxisAnglelb` text
+constexpr uint32_t Grid = 756267;         // dark green
+constexpr uint32_t GridBright = 1037889;  // zero line, middle second, border
 constexpr uint32_t Cursor = 0xFFFFFF;
 constexpr std::array<uint32_t, 2> Trace = {RateTrace, ErrorTrace};
 // A pinned reference sweep: the trace colours two thirds of the way to the background, so it reads as

@@ -8,10 +8,14 @@
 
 namespace kdx {
 
-GraphWinModel::GraphWinModel(GraphCanvas& canvas, GainStore& store, Dialogs& dialogs,
-                             const KeyState& keys, const AtomicSaver& saver)
-    : dialogs_(dialogs), saver_(saver), renderer_(traces_, canvas), capture_(traces_, renderer_),
-      gains_(store, dialogs, keys), review_(renderer_)
+GraphWinModel::GraphWinModel(GraphCanvas& canvas, GainStore& store, Dialogs& dialogs, const KeyState& keys,
+                             const AtomicSaver& saver)
+    : dialogs_(dialogs),
+      saver_(saver),
+      renderer_(traces_, canvas),
+      capture_(traces_, renderer_),
+      gains_(store, dialogs, keys),
+      review_(renderer_)
 {
     capture_.Form_Load();
     capture_.setOnSweepEnd([this] {
@@ -49,8 +53,7 @@ FileDialogRequest GraphWinModel::traceFileRequest()
 
 std::string GraphWinModel::traceFileText() const
 {
-    return tuningFileText(traces_, traces_.lastCapturedIndex(capture_.SweepStartPending()),
-                          gains_.values());
+    return tuningFileText(traces_, traces_.lastCapturedIndex(capture_.SweepStartPending()), gains_.values());
 }
 
 void GraphWinModel::SaveTracecb_Click()

@@ -69,8 +69,8 @@ struct GainRow {
 const GainRow kGainRows[kGainCount] = {
     {Gain::P, "P", &GraphWin::Ptb, &GraphWin::PInccb, &GraphWin::PDeccb, "PInccb", "PDeccb"},
     {Gain::I, "I", &GraphWin::Itb, &GraphWin::IInccb, &GraphWin::IDeccb, "IInccb", "IDeccb"},
-    {Gain::IA, tuning_text::IAngleCaption, &GraphWin::IAtb, &GraphWin::IAInccb, &GraphWin::IADeccb,
-     "IAInccb", "IADeccb"},
+    {Gain::IA, tuning_text::IAngleCaption, &GraphWin::IAtb, &GraphWin::IAInccb, &GraphWin::IADeccb, "IAInccb",
+     "IADeccb"},
     {Gain::D, "D", &GraphWin::Dtb, &GraphWin::DInccb, &GraphWin::DDeccb, "DInccb", "DDeccb"},
     {Gain::V1, "V1", &GraphWin::V1tb, &GraphWin::V1Inccb, &GraphWin::V1Deccb, "V1Inccb", "V1Deccb"},
     {Gain::V2, "V2", &GraphWin::V2tb, &GraphWin::V2Inccb, &GraphWin::V2Deccb, "V2Inccb", "V2Deccb"},
@@ -103,8 +103,8 @@ QPushButton* GraphWin::addButton(QWidget* parent, QBoxLayout* row, const QString
     return b;
 }
 
-GraphWin::GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows, QuitRequester& quit,
-                   Dialogs& dialogs, const KeyState& keys, const AtomicSaver& saver, QWidget* parent)
+GraphWin::GraphWin(GainStore& config, GainSender& drive, ProgramWindows& windows, QuitRequester& quit, Dialogs& dialogs,
+                   const KeyState& keys, const AtomicSaver& saver, QWidget* parent)
     : QMainWindow(parent), config_(config), drive_(drive), windows_(windows), quit_(quit)
 {
     setObjectName("GraphWin");
@@ -185,7 +185,8 @@ void GraphWin::buildGraph(QWidget* central)
     legend->addSpacing(kLabelColumnWidth);
     legend->addWidget(AxisRatelb);
     legend->addStretch(1);
-    FullWidthcb = addButton(Graphfr, legend, "Full Width", "FullWidthcb", tuning_text::FullWidthTip, [this] { FullWidthcb_Click(); });
+    FullWidthcb = addButton(Graphfr, legend, "Full Width", "FullWidthcb", tuning_text::FullWidthTip,
+                            [this] { FullWidthcb_Click(); });
     legend->addStretch(1);
     legend->addWidget(AxisAnglelb);
     legend->addSpacing(kLabelColumnWidth);
@@ -240,8 +241,8 @@ void GraphWin::buildControls(QWidget* parent)
 
     auto* trigger = new QGroupBox("Trigger", Controlsfr);
     auto* triggerRow = new QHBoxLayout(trigger);
-    RepeatTrigcb = addButton(trigger, triggerRow, qs(tuning_text::RepeatCaption), "RepeatTrigcb", tuning_text::RepeatTip,
-                             [this] { RepeatTrigcb_Click(); });
+    RepeatTrigcb = addButton(trigger, triggerRow, qs(tuning_text::RepeatCaption), "RepeatTrigcb",
+                             tuning_text::RepeatTip, [this] { RepeatTrigcb_Click(); });
     NowTrigcb = addButton(trigger, triggerRow, qs(tuning_text::SingleCaption), "NowTrigcb", tuning_text::SingleTip,
                           [this] { NowTrigcb_Click(); });
     grid->addWidget(trigger, 0, 0);
@@ -272,8 +273,8 @@ void GraphWin::buildControls(QWidget* parent)
 
     auto* scale = new QGroupBox("Scale", Controlsfr);
     auto* scaleRow = new QHBoxLayout(scale);
-    AutoScalecb = addButton(scale, scaleRow, qs(tuning_text::AutoScaleCaption), "AutoScalecb", tuning_text::AutoScaleTip,
-                            [this] { AutoScalecb_Click(); });
+    AutoScalecb = addButton(scale, scaleRow, qs(tuning_text::AutoScaleCaption), "AutoScalecb",
+                            tuning_text::AutoScaleTip, [this] { AutoScalecb_Click(); });
     DefaultScalecb = addButton(scale, scaleRow, qs(tuning_text::DefaultScaleCaption), "DefaultScalecb",
                                tuning_text::DefaultScaleTip, [this] { DefaultScalecb_Click(); });
     grid->addWidget(scale, 2, 1);
@@ -386,7 +387,8 @@ void GraphWin::buildMenus()
 {
     QMenu* file = menuBar()->addMenu("&File");
     file->setObjectName("mnuFile");
-    mnuSaveTrace = file->addAction("&Save...", this, [this] { guarded("mnuSaveTrace_Click", [&] { mnuSaveTrace_Click(); }); });
+    mnuSaveTrace =
+        file->addAction("&Save...", this, [this] { guarded("mnuSaveTrace_Click", [&] { mnuSaveTrace_Click(); }); });
     mnuSaveTrace->setObjectName("mnuSaveTrace");
     mnuLoad = file->addAction("&Load...", this, [this] { guarded("mnuLoad_Click", [&] { mnuLoad_Click(); }); });
     mnuLoad->setObjectName("mnuLoad");
@@ -510,14 +512,46 @@ void GraphWin::unload()
 
 // The trigger, duration and scale buttons act on the capture; the gain panel's controls
 // on the panel.
-void GraphWin::RepeatTrigcb_Click() { model_->capture().RepeatTrigcb_Click(); showCapture(); }
-void GraphWin::NowTrigcb_Click() { model_->capture().NowTrigcb_Click(); showCapture(); }
-void GraphWin::StopTracecb_Click() { model_->capture().StopTracecb_Click(); showCapture(); }
-void GraphWin::TraceDurationcb_Click(int index) { model_->capture().TraceDurationcb_Click(index); showCapture(); }
-void GraphWin::DisplayClearcb_Click() { model_->capture().DisplayClearcb_Click(); showCapture(); }
-void GraphWin::AutoScalecb_Click() { model_->capture().AutoScalecb_Click(); showCapture(); }
-void GraphWin::DefaultScalecb_Click() { model_->capture().DefaultScalecb_Click(); showCapture(); }
-void GraphWin::Enablecb_Click() { model_->gains().Enablecb_Click(Enablecb->isChecked()); showGains(); }
+void GraphWin::RepeatTrigcb_Click()
+{
+    model_->capture().RepeatTrigcb_Click();
+    showCapture();
+}
+void GraphWin::NowTrigcb_Click()
+{
+    model_->capture().NowTrigcb_Click();
+    showCapture();
+}
+void GraphWin::StopTracecb_Click()
+{
+    model_->capture().StopTracecb_Click();
+    showCapture();
+}
+void GraphWin::TraceDurationcb_Click(int index)
+{
+    model_->capture().TraceDurationcb_Click(index);
+    showCapture();
+}
+void GraphWin::DisplayClearcb_Click()
+{
+    model_->capture().DisplayClearcb_Click();
+    showCapture();
+}
+void GraphWin::AutoScalecb_Click()
+{
+    model_->capture().AutoScalecb_Click();
+    showCapture();
+}
+void GraphWin::DefaultScalecb_Click()
+{
+    model_->capture().DefaultScalecb_Click();
+    showCapture();
+}
+void GraphWin::Enablecb_Click()
+{
+    model_->gains().Enablecb_Click(Enablecb->isChecked());
+    showGains();
+}
 
 void GraphWin::FullWidthcb_Click()
 {
@@ -529,15 +563,51 @@ void GraphWin::FullWidthcb_Click()
     resize(area.width() - frameWidth, height()); // the graph takes the new width
 }
 
-void GraphWin::ValueTb_Click(Gain which) { model_->gains().ValueTb_Click(which); showGains(); }
-void GraphWin::Inccb_Click(Gain which, int index) { model_->gains().Inccb_Click(which, index); showGains(); }
-void GraphWin::Deccb_Click(Gain which, int index) { model_->gains().Deccb_Click(which, index); showGains(); }
-void GraphWin::LockVcb_Click() { model_->gains().LockVcb_Click(LockVcb->isChecked()); showGains(); }
-void GraphWin::MemStorecb_Click(int slot) { model_->gains().MemStorecb_Click(slot); showGains(); }
-void GraphWin::MemReccb_Click(int slot) { model_->gains().MemReccb_Click(slot); showGains(); }
-void GraphWin::Revertcb_Click() { model_->gains().Revertcb_Click(); showGains(); }
-void GraphWin::SaveGaincb_Click() { model_->gains().SaveGaincb_Click(); showGains(); }
-void GraphWin::MotorSelcb_Click(int index) { model_->MotorSelcb_Click(index); showGains(); }
+void GraphWin::ValueTb_Click(Gain which)
+{
+    model_->gains().ValueTb_Click(which);
+    showGains();
+}
+void GraphWin::Inccb_Click(Gain which, int index)
+{
+    model_->gains().Inccb_Click(which, index);
+    showGains();
+}
+void GraphWin::Deccb_Click(Gain which, int index)
+{
+    model_->gains().Deccb_Click(which, index);
+    showGains();
+}
+void GraphWin::LockVcb_Click()
+{
+    model_->gains().LockVcb_Click(LockVcb->isChecked());
+    showGains();
+}
+void GraphWin::MemStorecb_Click(int slot)
+{
+    model_->gains().MemStorecb_Click(slot);
+    showGains();
+}
+void GraphWin::MemReccb_Click(int slot)
+{
+    model_->gains().MemReccb_Click(slot);
+    showGains();
+}
+void GraphWin::Revertcb_Click()
+{
+    model_->gains().Revertcb_Click();
+    showGains();
+}
+void GraphWin::SaveGaincb_Click()
+{
+    model_->gains().SaveGaincb_Click();
+    showGains();
+}
+void GraphWin::MotorSelcb_Click(int index)
+{
+    model_->MotorSelcb_Click(index);
+    showGains();
+}
 void GraphWin::SaveTracecb_Click() { model_->SaveTracecb_Click(); }
 
 void GraphWin::LoadTracecb_Click()
@@ -567,7 +637,9 @@ void GraphWin::GainMsgTmr_Timer()
 
 void GraphWin::Guidecb_Click()
 {
-    if (!guide_) guide_ = std::make_unique<GuidePanel>(model_->gains(), drive_, [this] { showGains(); }, this);
+    if (!guide_)
+        guide_ = std::make_unique<GuidePanel>(
+            model_->gains(), drive_, [this] { showGains(); }, this);
     guide_->show();
     guide_->raise();
 }

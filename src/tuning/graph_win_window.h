@@ -138,8 +138,8 @@ public:
     ClickLabel* V1tb = nullptr;
     ClickLabel* V2tb = nullptr;
     ClickLabel* Gtb = nullptr;
-    std::array<QPushButton*, 2> PInccb{}, PDeccb{}, IInccb{}, IDeccb{}, IAInccb{}, IADeccb{},
-        DInccb{}, DDeccb{}, V1Inccb{}, V1Deccb{}, V2Inccb{}, V2Deccb{}, GInccb{}, GDeccb{};
+    std::array<QPushButton*, 2> PInccb{}, PDeccb{}, IInccb{}, IDeccb{}, IAInccb{}, IADeccb{}, DInccb{}, DDeccb{},
+        V1Inccb{}, V1Deccb{}, V2Inccb{}, V2Deccb{}, GInccb{}, GDeccb{};
     QCheckBox* LockVcb = nullptr;
     QPushButton* Revertcb = nullptr;
     QPushButton* SaveGaincb = nullptr;
@@ -195,7 +195,7 @@ private:
     bool unloading_ = false;
     std::optional<bool> shownInputValid_;
     std::array<QWidget*, 2> labelColumn_{}; // hold Y1lb left of the graph, Y2lb right of it
-    PostedBox disconnectedBox_{this}; // raised by the link's watchdog timer
+    PostedBox disconnectedBox_{this};       // raised by the link's watchdog timer
     std::unique_ptr<GuidePanel> guide_;
 };
 

@@ -25,15 +25,14 @@ namespace {
 constexpr Gain kSearchable[4] = {Gain::P, Gain::D, Gain::I, Gain::IA};
 constexpr const char* kSearchNames[4] = {"P", "D", "I", "I Angle"};
 
-const char* kAbout =
-    "The guide tries gains for the selected motor one at a time: a coarse pass over each gain's "
-    "range, then a fine pass around the best value. Each candidate goes to the module in the gain "
-    "message and is held for 2 s and then one sweep, while the same disturbance runs: press Tuning "
-    "in the main window for the tuning drive's steps, or hold the camera as you would. The RMS "
-    "error scores it, with a penalty for ringing and for overshoot of the steps.\n\n"
-    "Your gains go back to the module at once when you press STOP, the space bar or Esc, close "
-    "this window, when the link is lost, when a candidate rings hard or when the error doubles. "
-    "Nothing is written to the module's memory; at the end you choose.";
+const char* kAbout = "The guide tries gains for the selected motor one at a time: a coarse pass over each gain's "
+                     "range, then a fine pass around the best value. Each candidate goes to the module in the gain "
+                     "message and is held for 2 s and then one sweep, while the same disturbance runs: press Tuning "
+                     "in the main window for the tuning drive's steps, or hold the camera as you would. The RMS "
+                     "error scores it, with a penalty for ringing and for overshoot of the steps.\n\n"
+                     "Your gains go back to the module at once when you press STOP, the space bar or Esc, close "
+                     "this window, when the link is lost, when a candidate rings hard or when the error doubles. "
+                     "Nothing is written to the module's memory; at the end you choose.";
 
 QString number(double v, int decimals) { return QString::number(v, 'f', decimals); }
 
@@ -217,8 +216,8 @@ void GuidePanel::showState()
     QString status = QString::fromStdString(guide_->statusText());
     if (offer) {
         const GuideRow b = *guide_->best();
-        status += QString(": best RMS error %1 against %2 with your gains").arg(number(b.errorRms, 3),
-                                                                                number(guide_->rows().front().errorRms, 3));
+        status += QString(": best RMS error %1 against %2 with your gains")
+                      .arg(number(b.errorRms, 3), number(guide_->rows().front().errorRms, 3));
     }
     Statuslb->setText(status);
     const auto& rows = guide_->rows();

@@ -137,10 +137,8 @@ void QtImageCanvas::clear(uint32_t bgr)
     if (image_.isNull()) return;
     const QRect all(0, 0, image_.width() / scale_, image_.height() / scale_);
     changed(all);
-    if (painter_.isActive())
-        painter_.fillRect(all, toQColor(bgr));
-    else
-        image_.fill(toQColor(bgr));
+    if (painter_.isActive()) painter_.fillRect(all, toQColor(bgr));
+    else image_.fill(toQColor(bgr));
 }
 
 void QtImageCanvas::line(double x0, double y0, double x1, double y1, uint32_t bgr, double penWidth)
@@ -192,10 +190,8 @@ void QtImageCanvas::thinLine(double x0, double y0, double x1, double y1, uint32_
         x0 *= scale_, y0 *= scale_, x1 *= scale_, y1 *= scale_;
     }
     if (!clipTo(w, h, x0, y0, x1, y1)) return;
-    if (scale_ == 1)
-        changed(strokeBounds(x0, y0, x1, y1, 1));
-    else
-        changed(strokeBounds(x0 / scale_, y0 / scale_, x1 / scale_, y1 / scale_, 1));
+    if (scale_ == 1) changed(strokeBounds(x0, y0, x1, y1, 1));
+    else changed(strokeBounds(x0 / scale_, y0 / scale_, x1 / scale_, y1 / scale_, 1));
     if (!pixels_) pixels_ = image_.bits(); // detaches a copy handed out before
     const qsizetype stride = image_.bytesPerLine();
     const Rgb c = fromBgr(bgr);

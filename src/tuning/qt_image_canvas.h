@@ -46,10 +46,7 @@ public:
     // setOnChanged.
     QRect takeDirty();
     // Receives the value labels of each axis as the renderer places them.
-    void setOnLabels(std::function<void(int axis, const AxisLabels&)> onLabels)
-    {
-        onLabels_ = std::move(onLabels);
-    }
+    void setOnLabels(std::function<void(int axis, const AxisLabels&)> onLabels) { onLabels_ = std::move(onLabels); }
 
     // GraphCanvas.
     double width() const override { return image_.width() / scale_; }

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::size_t kTuningFirstFields = 2 + kGainCount + 2; // rate, error, gains, spares
 constexpr std::size_t kTuningFields = 2;
-constexpr std::size_t kExportFields = 3; // time, rate, error
+constexpr std::size_t kExportFields = 3;        // time, rate, error
 constexpr std::size_t kDirectMotorColumns = 8;  // rate, error, P, I, D, gain, angle, power
 constexpr std::size_t kRelayedRateColumn = 3;   // after Axis, AxisID, AxisAngle
 constexpr std::size_t kRelayedPrefixFields = 2; // "Tilt,0," is left out for an unknown axis
@@ -88,8 +88,8 @@ std::variant<SweepFile, std::string> readSweepFile(std::span<const uint8_t> byte
     if (!lines.next(line, number)) return std::string("the file is empty");
 
     SweepFile sweep;
-    std::size_t fields = 0;  // per sample line
-    std::size_t column = 0;  // of the rate; the error follows it
+    std::size_t fields = 0; // per sample line
+    std::size_t column = 0; // of the rate; the error follows it
     if (line == tuning_text::FileHeader) {
         sweep.source = SweepSource::TuningFile;
         fields = kTuningFirstFields;

@@ -19,9 +19,9 @@
 namespace kdx {
 
 enum class SweepSource {
-    TuningFile, // one motor's sweep and the gains that made it
-    DirectLog,  // a KDX wired directly: two motors per line
-    QVaneLog,   // through a Q-Vane: one motor per line
+    TuningFile,  // one motor's sweep and the gains that made it
+    DirectLog,   // a KDX wired directly: two motors per line
+    QVaneLog,    // through a Q-Vane: one motor per line
     SweepExport, // the Tuning Display's CSV export: one sweep, time, rate and error
 };
 

@@ -47,7 +47,7 @@ namespace kdx {
 constexpr double kSweepSamplesPerSecond = 100.0;
 
 struct StepResponse {
-    int steps = 0;                         // set-point steps used
+    int steps = 0; // set-point steps used
     double overshootPercent = 0;
     std::optional<double> riseSeconds;     // absent when most steps never reached 90 %
     std::optional<double> settlingSeconds; // absent when most steps did not settle
@@ -60,7 +60,7 @@ struct SweepMetrics {
     std::optional<double> dominantHz;   // absent below 4 samples or for a constant rate
     double dominantShare = 0;
     bool ringing = false;
-    std::optional<StepResponse> step;   // absent without a set-point step
+    std::optional<StepResponse> step; // absent without a set-point step
 };
 
 // Metrics of samples 0..N-1; rate and error are paired by index and the shorter span

@@ -43,9 +43,9 @@ SweepPanel::SweepPanel(SweepReview& review, Dialogs& dialogs, QWidget* parent)
         {{&Currentlb, "Currentlb"}, {&Referencelb, "Referencelb"}, {&Changelb, "Changelb"}}};
     for (int i = 0; i < kMetricCount; ++i) {
         const auto k = static_cast<std::size_t>(i);
-        grid->addWidget(new QLabel(QString::fromUtf8(rows[k].caption.data(), static_cast<int>(rows[k].caption.size())),
-                                   this),
-                        0, i + 1, Qt::AlignRight);
+        grid->addWidget(
+            new QLabel(QString::fromUtf8(rows[k].caption.data(), static_cast<int>(rows[k].caption.size())), this), 0,
+            i + 1, Qt::AlignRight);
         for (std::size_t r = 0; r < cells.size(); ++r) {
             auto* l = new QLabel(this);
             l->setObjectName(QString("%1%2").arg(cells[r].second).arg(i));
@@ -66,10 +66,12 @@ SweepPanel::SweepPanel(SweepReview& review, Dialogs& dialogs, QWidget* parent)
     connect(mnuPin, &QAction::triggered, this, [this] { guarded("Pincb_Click", [&] { Pincb_Click(); }); });
     mnuExportCsv = new QAction("Export Sweep as &CSV...", this);
     mnuExportCsv->setObjectName("mnuExportCsv");
-    connect(mnuExportCsv, &QAction::triggered, this, [this] { guarded("mnuExportCsv_Click", [&] { mnuExportCsv_Click(); }); });
+    connect(mnuExportCsv, &QAction::triggered, this,
+            [this] { guarded("mnuExportCsv_Click", [&] { mnuExportCsv_Click(); }); });
     mnuExportPng = new QAction("Export Graph as &PNG...", this);
     mnuExportPng->setObjectName("mnuExportPng");
-    connect(mnuExportPng, &QAction::triggered, this, [this] { guarded("mnuExportPng_Click", [&] { mnuExportPng_Click(); }); });
+    connect(mnuExportPng, &QAction::triggered, this,
+            [this] { guarded("mnuExportPng_Click", [&] { mnuExportPng_Click(); }); });
 
     review_.setOnChanged([this] { refresh(); });
     refresh();
@@ -113,10 +115,8 @@ void SweepPanel::refresh()
 
 void SweepPanel::Pincb_Click()
 {
-    if (review_.reference())
-        review_.Unpin();
-    else
-        review_.Pin();
+    if (review_.reference()) review_.Unpin();
+    else review_.Pin();
 }
 
 void SweepPanel::saveAs(const std::string& filter, const std::string& ext, const std::string& bytes)

@@ -12,8 +12,8 @@ using Value = std::optional<double> (*)(const SweepMetrics& m);
 
 struct MetricSpec {
     std::string_view caption;
-    std::string_view name;  // in the summary
-    std::size_t field;      // in kSweepMetricFields, which formats it
+    std::string_view name; // in the summary
+    std::size_t field;     // in kSweepMetricFields, which formats it
     Value value;
 };
 
@@ -32,7 +32,8 @@ const MetricSpec kMetrics[] = {
     {"Overshoot (%)", "Overshoot", 8,
      [](const SweepMetrics& m) { return m.step ? std::optional(m.step->overshootPercent) : std::nullopt; }},
     {"Rise (s)", "Rise", 9, [](const SweepMetrics& m) { return stepValue(m, &StepResponse::riseSeconds); }},
-    {"Settling (s)", "Settling", 10, [](const SweepMetrics& m) { return stepValue(m, &StepResponse::settlingSeconds); }},
+    {"Settling (s)", "Settling", 10,
+     [](const SweepMetrics& m) { return stepValue(m, &StepResponse::settlingSeconds); }},
 };
 
 std::string text(const MetricSpec& spec, const std::optional<ReviewedSweep>& s)

@@ -7,10 +7,7 @@
 
 namespace kdx {
 
-TraceCapture::TraceCapture(TraceBuffer& traces, GraphRenderer& renderer)
-    : traces_(traces), renderer_(renderer)
-{
-}
+TraceCapture::TraceCapture(TraceBuffer& traces, GraphRenderer& renderer) : traces_(traces), renderer_(renderer) {}
 
 void TraceCapture::Form_Load()
 {
@@ -63,10 +60,8 @@ void TraceCapture::storeSample(double rate, float error)
         t.RateTrace[0] = r;
         t.ErrorTrace[0] = error;
         t.SweepStartValues = {rate, error};
-        if (t.DisplayClear)
-            renderer_.InitGraphFull();
-        else
-            renderer_.InitGraphPartial();
+        if (t.DisplayClear) renderer_.InitGraphFull();
+        else renderer_.InitGraphPartial();
         SweepStartPending_ = false;
     } else {
         const double x0 = i - 1, x1 = i;
@@ -147,8 +142,7 @@ void TraceCapture::Form_KeyDown(int keyCode)
 void TraceCapture::selectDuration(int index)
 {
     const TraceDuration& d = at(kTraceDurations, index);
-    for (int k = 0; k < 4; ++k)
-        faces_.TraceDurationcb[k] = k == index ? colours::Green : colours::LightGrey;
+    for (int k = 0; k < 4; ++k) faces_.TraceDurationcb[k] = k == index ? colours::Green : colours::LightGrey;
     traces_.TraceSeconds = d.seconds;
     traces_.TraceSamples = d.samples;
     renderer_.PutXAxisMinMax(0, d.samples);
@@ -165,8 +159,7 @@ void TraceCapture::DisplayClearcb_Click()
 {
     traces_.DisplayClear = !traces_.DisplayClear;
     faces_.DisplayClearcb = traces_.DisplayClear ? colours::Green : colours::LightGrey;
-    faces_.DisplayClearcbCaption =
-        traces_.DisplayClear ? tuning_text::DisplayClearOn : tuning_text::DisplayClearOff;
+    faces_.DisplayClearcbCaption = traces_.DisplayClear ? tuning_text::DisplayClearOn : tuning_text::DisplayClearOff;
     renderer_.ApplyScale(AutoScale_);
 }
 
@@ -178,10 +171,7 @@ void TraceCapture::AutoScalecb_Click()
     renderer_.ApplyScale(AutoScale_);
 }
 
-void TraceCapture::DefaultScalecb_Click()
-{
-    renderer_.SetDefaultScale();
-}
+void TraceCapture::DefaultScalecb_Click() { renderer_.SetDefaultScale(); }
 
 void TraceCapture::StopForLoad()
 {

@@ -24,8 +24,7 @@ struct TraceDuration {
     int16_t samples; // TraceSamples
 };
 // Trace5scb, Trace10scb, Trace30scb, Trace60scb. The shortest is 400 samples on purpose.
-constexpr std::array<TraceDuration, 4> kTraceDurations = {{{4.0f, 400}, {10.0f, 1000},
-                                                           {30.0f, 3000}, {60.0f, 6000}}};
+constexpr std::array<TraceDuration, 4> kTraceDurations = {{{4.0f, 400}, {10.0f, 1000}, {30.0f, 3000}, {60.0f, 6000}}};
 constexpr int kDuration10s = 1;
 
 // What the window paints on the graph's buttons.
@@ -34,8 +33,8 @@ struct CaptureFaces {
     uint32_t NowTrigcb = colours::LightGrey;
     uint32_t StopTracecb = colours::Red;
     std::string_view StopTracecbCaption = "STOP";
-    std::array<uint32_t, 4> TraceDurationcb = {colours::LightGrey, colours::LightGrey,
-                                               colours::LightGrey, colours::LightGrey};
+    std::array<uint32_t, 4> TraceDurationcb = {colours::LightGrey, colours::LightGrey, colours::LightGrey,
+                                               colours::LightGrey};
     uint32_t DisplayClearcb = colours::LightGrey;
     std::string_view DisplayClearcbCaption = "Off";
     uint32_t AutoScalecb = colours::LightGrey;

@@ -16,16 +16,14 @@ constexpr std::string_view SingleTip = "Trigger now for a one-shot record";
 constexpr std::string_view StopCaption = "STOP";
 constexpr std::string_view StartCaption = "START";
 constexpr std::string_view StopTip = "Stops the trace immediately";
-constexpr std::array<std::string_view, 4> DurationTips = {
-    "One trace shows 4s of data", "One trace shows 10s of data",
-    "One trace shows 30s of data", "One trace shows 60s of data"};
+constexpr std::array<std::string_view, 4> DurationTips = {"One trace shows 4s of data", "One trace shows 10s of data",
+                                                          "One trace shows 30s of data", "One trace shows 60s of data"};
 constexpr std::string_view DisplayClearOn = "On";
 constexpr std::string_view DisplayClearOff = "Off";
 constexpr std::string_view DisplayClearTip =
     "When on, the display is cleared after each sweep. When off, it is like a circular buffer.";
 constexpr std::string_view EnableCaption = "Enab";
-constexpr std::string_view EnableTip =
-    "When green, the KDX will use these settings instead of the config settings";
+constexpr std::string_view EnableTip = "When green, the KDX will use these settings instead of the config settings";
 
 // Graph.
 constexpr std::string_view AxisRateCaption = "Axis Rate";
@@ -39,12 +37,9 @@ constexpr std::string_view FullWidthTip = "Expand the graph for the full width o
 // Gain panel. Tooltips of the seven value fields, in the order P, I, IA, D, V1, V2, G
 // (the I angle repeats the I term's text, as designed; "theshold" as designed).
 constexpr std::array<std::string_view, 7> GainTips = {
-    "Proportional Term (based on instantaneous error)",
-    "Integral term (based on any constant error)",
-    "Integral term (based on any constant error)",
-    "Derivative component (based on rate)",
-    "The voltage used when the position error is small",
-    "The voltage used when the position error is > theshold",
+    "Proportional Term (based on instantaneous error)",  "Integral term (based on any constant error)",
+    "Integral term (based on any constant error)",       "Derivative component (based on rate)",
+    "The voltage used when the position error is small", "The voltage used when the position error is > theshold",
     "The overall gain which affects P,I and D equally"};
 constexpr std::string_view IAngleCaption = "I Angle";
 constexpr std::string_view EntryTitle = "Gain Tuning Data Entry";

@@ -33,8 +33,7 @@ void fitTitle(QWidget* dialog)
     auto* spacer = new QSpacerItem(width, 0, QSizePolicy::Minimum, QSizePolicy::Fixed);
     if (auto* grid = qobject_cast<QGridLayout*>(dialog->layout()))
         grid->addItem(spacer, grid->rowCount(), 0, 1, grid->columnCount());
-    else if (auto* box = qobject_cast<QBoxLayout*>(dialog->layout()))
-        box->addSpacerItem(spacer);
+    else if (auto* box = qobject_cast<QBoxLayout*>(dialog->layout())) box->addSpacerItem(spacer);
     else {
         delete spacer;
         dialog->setMinimumWidth(std::max(dialog->minimumWidth(), width));

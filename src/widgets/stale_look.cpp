@@ -28,8 +28,7 @@ void showStale(QWidget* w, bool stale)
     // parent (or the application), whatever palette is current.
     const QPalette base = w->parentWidget() ? w->parentWidget()->palette() : QApplication::palette(w);
     const QColor text = stale ? staleTextColour(base) : base.color(QPalette::WindowText);
-    for (QPalette::ColorGroup g : {QPalette::Active, QPalette::Inactive})
-        p.setColor(g, QPalette::WindowText, text);
+    for (QPalette::ColorGroup g : {QPalette::Active, QPalette::Inactive}) p.setColor(g, QPalette::WindowText, text);
     w->setPalette(p);
 }
 

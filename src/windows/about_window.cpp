@@ -54,8 +54,7 @@ QString sysInfoProgram()
     const QSettings tools(R"(HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Shared Tools\MSINFO)", QSettings::NativeFormat);
     const QString path = tools.value("PATH").toString();
     if (!path.isEmpty()) return path;
-    const QSettings location(R"(HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Shared Tools Location)",
-                             QSettings::NativeFormat);
+    const QSettings location(R"(HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Shared Tools Location)", QSettings::NativeFormat);
     const QString folder = location.value("MSINFO").toString();
     const QString program = folder + "\\MSINFO32.EXE";
     if (!folder.isEmpty() && QFileInfo::exists(program)) return program;
@@ -104,7 +103,8 @@ FrmAbout::FrmAbout(BootloaderRestart& module, Dialogs& dialogs, QWidget* parent)
     RebootIntoBL->setObjectName("RebootIntoBL");
     RebootIntoBL->setAutoDefault(false);
     RebootIntoBL->setToolTip("Restarts the connected KDX module into its bootloader, for a firmware update");
-    connect(RebootIntoBL, &QPushButton::clicked, this, [this] { guarded("RebootIntoBL_Click", [&] { RebootIntoBL_Click(); }); });
+    connect(RebootIntoBL, &QPushButton::clicked, this,
+            [this] { guarded("RebootIntoBL_Click", [&] { RebootIntoBL_Click(); }); });
     buttons->addWidget(RebootIntoBL);
     buttons->addStretch();
     cmdOK = new QPushButton("OK", this);
@@ -122,16 +122,14 @@ void FrmAbout::Form_Load()
 {
     const QString title = QCoreApplication::applicationName();
     setWindowTitle("About " + title);
-    lblVersion->setText(QString("Version %1.%2.%3").arg(KDX_VERSION_MAJOR).arg(KDX_VERSION_MINOR).arg(KDX_VERSION_PATCH));
+    lblVersion->setText(
+        QString("Version %1.%2.%3").arg(KDX_VERSION_MAJOR).arg(KDX_VERSION_MINOR).arg(KDX_VERSION_PATCH));
     lblTitle->setText(title);
 }
 
 void FrmAbout::cmdOK_Click() { accept(); }
 
-void FrmAbout::RebootIntoBL_Click()
-{
-    module_.RestartIntoBootloader();
-}
+void FrmAbout::RebootIntoBL_Click() { module_.RestartIntoBootloader(); }
 
 void FrmAbout::StartSysInfo()
 {

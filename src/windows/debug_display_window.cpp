@@ -52,7 +52,8 @@ DebugDisplay::DebugDisplay(QWidget* parent) : QWidget(parent, Qt::Window), state
     }
     LogDebugcb = new QCheckBox("Log debug data", this);
     LogDebugcb->setObjectName("LogDebugcb");
-    LogDebugcb->setToolTip("Adds these seven columns to the telemetry log; tick it before Start so the header names them");
+    LogDebugcb->setToolTip(
+        "Adds these seven columns to the telemetry log; tick it before Start so the header names them");
     grid->addWidget(LogDebugcb, static_cast<int>(kDebugByteCount), 0, 1, 2);
 
     state_->refresh = new QTimer(this);
@@ -68,8 +69,7 @@ DebugDisplay::~DebugDisplay() = default;
 
 void DebugDisplay::Form_Load()
 {
-    for (std::size_t i = 0; i < kDebugByteCount; ++i)
-        DebugTitlelb[i]->setText(qs(kDebugTitles[i]));
+    for (std::size_t i = 0; i < kDebugByteCount; ++i) DebugTitlelb[i]->setText(qs(kDebugTitles[i]));
 }
 
 // Called for every direct cyclic message (100 a second, far more during playback), so

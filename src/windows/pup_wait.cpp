@@ -47,7 +47,8 @@ PUPWait::PUPWait(LinkControl& link, ConnectionSelect& connection, QuitRequester&
     auto* buttons = new QHBoxLayout;
     choosePortButton = new QPushButton("Choose port...", this);
     choosePortButton->setObjectName("choosePortButton");
-    connect(choosePortButton, &QPushButton::clicked, this, [this] { guarded("choosePort_Click", [&] { choosePort_Click(); }); });
+    connect(choosePortButton, &QPushButton::clicked, this,
+            [this] { guarded("choosePort_Click", [&] { choosePort_Click(); }); });
     openWithoutModuleButton = new QPushButton("Open without a module", this);
     openWithoutModuleButton->setObjectName("openWithoutModuleButton");
     openWithoutModuleButton->setToolTip("Open the working windows to look at files and settings");
@@ -66,7 +67,8 @@ PUPWait::PUPWait(LinkControl& link, ConnectionSelect& connection, QuitRequester&
     InputSwitchTimer = new QTimer(this);
     InputSwitchTimer->setObjectName("InputSwitchTimer");
     InputSwitchTimer->setInterval(500);
-    connect(InputSwitchTimer, &QTimer::timeout, this, [this] { guarded("InputSwitchTimer_Timer", [&] { InputSwitchTimer_Timer(); }); });
+    connect(InputSwitchTimer, &QTimer::timeout, this,
+            [this] { guarded("InputSwitchTimer_Timer", [&] { InputSwitchTimer_Timer(); }); });
 }
 
 void PUPWait::InputSwitchTimer_Timer()
@@ -98,10 +100,7 @@ void PUPWait::Image1_Click()
     if (keys_.shiftDown()) connection_.SetDisplayVisible();
 }
 
-void PUPWait::Quitcb_Click()
-{
-    quit_.RemoteQueryUnload();
-}
+void PUPWait::Quitcb_Click() { quit_.RemoteQueryUnload(); }
 
 void PUPWait::startWaiting()
 {

@@ -64,13 +64,14 @@ TEST(KdxctlBatch, WritesEveryModuleAndKeepsWhatEachHeldBefore)
                detail + "\",\"backup\":" + (backup ? "\"" + backupOf(undo, m.path()) + "\"" : "null") + "}";
     };
     const std::string written = "wrote 60 bytes and read them back";
-    EXPECT_EQ(r.out, "{\"command\":\"write\",\"file\":\"" + file + "\",\"backupDir\":\"" + undo.string() +
-                         "\",\"ok\":false,\"modules\":[" + row(good, "\"KDX\"", "ok", written, true) + "," +
-                         row(silent, "null", "not written", "no telemetry from " + silent.path() + " within 1 s", false) +
-                         "," +
-                         row(lying, "\"KDX\"", "failed",
-                             lying.path() + " holds different data after the write: byte 0 is 18, expected 7", true) +
-                         "," + row(alsoGood, "\"KDX\"", "ok", written, true) + "]}\n");
+    EXPECT_EQ(r.out,
+              "{\"command\":\"write\",\"file\":\"" + file + "\",\"backupDir\":\"" + undo.string() +
+                  "\",\"ok\":false,\"modules\":[" + row(good, "\"KDX\"", "ok", written, true) + "," +
+                  row(silent, "null", "not written", "no telemetry from " + silent.path() + " within 1 s", false) +
+                  "," +
+                  row(lying, "\"KDX\"", "failed",
+                      lying.path() + " holds different data after the write: byte 0 is 18, expected 7", true) +
+                  "," + row(alsoGood, "\"KDX\"", "ok", written, true) + "]}\n");
     EXPECT_EQ(r.err, "kdxctl: 2 of 4 modules were not written and verified\n");
 
     const auto sample = bytesOf(file);
@@ -79,7 +80,8 @@ TEST(KdxctlBatch, WritesEveryModuleAndKeepsWhatEachHeldBefore)
     EXPECT_EQ(silent.memory(), std::vector<uint8_t>(60, 0x11));
     EXPECT_TRUE(silent.received().empty());
     for (int i : {0, 2, 3})
-        EXPECT_EQ(bytesOf(backupOf(undo, modules[i]->path())), std::vector<uint8_t>(60, static_cast<uint8_t>(0x10 + i)));
+        EXPECT_EQ(bytesOf(backupOf(undo, modules[i]->path())),
+                  std::vector<uint8_t>(60, static_cast<uint8_t>(0x10 + i)));
     EXPECT_FALSE(fs::exists(backupOf(undo, silent.path())));
 
     // Undo: the backup written back restores the module.

@@ -59,9 +59,9 @@ TEST(KdxctlShow, PrintsWhatTheMainWindowShows)
     EXPECT_EQ(kdxctl({"show", data("config_sample.bls")}).out.find("Motor 2"), std::string::npos);
     const std::string json = kdxctl({"show", "--json", data("config_sample.bls")}).out;
     EXPECT_EQ(json.substr(0, json.find("},{")), "{\"file\":\"" + data("config_sample.bls") +
-                                                     "\",\"kind\":\"single-axis\",\"parameters\":[{\"name\":"
-                                                     "\"PwmFreqHz\",\"meaning\":\"PWM frequency\",\"unit\":\"kHz\","
-                                                     "\"values\":[\"20.0\"]");
+                                                    "\",\"kind\":\"single-axis\",\"parameters\":[{\"name\":"
+                                                    "\"PwmFreqHz\",\"meaning\":\"PWM frequency\",\"unit\":\"kHz\","
+                                                    "\"values\":[\"20.0\"]");
 }
 
 TEST(KdxctlRead, DirectKdxGivesTheTableAndATwoAxisBackup)
@@ -129,23 +129,37 @@ TEST(KdxctlConfigCommands, FailuresAreOneClearLine)
     TempDir dir;
     const std::string blanks = (dir.path / "blanks.kdx").string();
     std::ofstream(blanks, std::ios::binary) << readText(data("config_sample.kdx")).replace(36 * 2 + 1, 32, 32, ' ');
-    const std::tuple<ModuleOptions, std::vector<std::string>, int, std::string> cases[] = { // "%p": the port
+    const std::tuple<ModuleOptions, std::vector<std::string>, int, std::string> cases[] = {
+        // "%p": the port
         {{.telemetry = false}, {"read"}, 1, "kdxctl: no telemetry from %p within 1 s\n"},
         {{.answerReads = false}, {"read"}, 1, "kdxctl: no memory contents from %p within 1 s (asked 2 times)\n"},
         {{.shortReplies = 2}, {"read"}, 1, "kdxctl: short memory reply (40 of 60 bytes) from %p (asked 2 times)\n"},
-        {{.qvane = true, .shortReplies = 2}, {"read"}, 1,
+        {{.qvane = true, .shortReplies = 2},
+         {"read"},
+         1,
          "kdxctl: short memory reply (12 of 32 bytes) from %p (asked 2 times)\n"},
-        {{.hangUpOnRead = true}, {"read"}, 1,
+        {{.hangUpOnRead = true},
+         {"read"},
+         1,
          "kdxctl: cannot read from %p: the line hung up (the device was unplugged, or the program at its "
          "other end closed it)\n"},
-        {{}, {"write", blanks}, 1,
+        {{},
+         {"write", blanks},
+         1,
          "kdxctl: " + blanks + ": line 3 holds characters that are not hexadecimal digits; nothing was written\n"},
-        {{.storeWrites = false}, {"write", "--no-backup", data("config_sample.kdx")}, 1,
+        {{.storeWrites = false},
+         {"write", "--no-backup", data("config_sample.kdx")},
+         1,
          "kdxctl: %p holds different data after the write: byte 0 is 0, expected 7\n"},
         {{}, {"read", "--axis", "pan"}, 1, "kdxctl: --axis needs a Q-Vane, but %p is a KDX wired directly\n"},
-        {{}, {"write", "--no-backup", bls}, 1,
+        {{},
+         {"write", "--no-backup", bls},
+         1,
          "kdxctl: " + bls + " holds one motor block; a KDX wired directly needs a two-axis .kdx file\n"},
-        {{}, {"read", "--axis", "yaw"}, 2, "kdxctl read: unknown axis 'yaw' (tilt, roll or pan) (try kdxctl read --help)\n"},
+        {{},
+         {"read", "--axis", "yaw"},
+         2,
+         "kdxctl read: unknown axis 'yaw' (tilt, roll or pan) (try kdxctl read --help)\n"},
         {{}, {"write"}, 2, "kdxctl write: expected a configuration file (try kdxctl write --help)\n"},
     };
     for (const auto& [options, args, code, says] : cases) {
@@ -163,8 +177,12 @@ TEST(KdxctlConfigCommands, FailuresAreOneClearLine)
     const std::tuple<std::vector<std::string>, int, std::string> offline[] = {
         {{"read", "--port", "/dev/kdx-none"}, 1, "kdxctl: cannot open /dev/kdx-none: No such file or directory\n"},
         {{"write", "--port", bls, bls}, 1, "kdxctl: " + bls + " is not a serial port: Inappropriate ioctl for device\n"},
-        {{"show", data("nothing.kdx")}, 1, "kdxctl: " + data("nothing.kdx") + ": Error opening config file: No such file or directory\n"},
-        {{"show", data("config_sample.tsv")}, 1, "kdxctl: " + data("config_sample.tsv") + ": not a configuration file\n"},
+        {{"show", data("nothing.kdx")},
+         1,
+         "kdxctl: " + data("nothing.kdx") + ": Error opening config file: No such file or directory\n"},
+        {{"show", data("config_sample.tsv")},
+         1,
+         "kdxctl: " + data("config_sample.tsv") + ": not a configuration file\n"},
         {{"show"}, 2, "kdxctl show: expected a configuration file (try kdxctl show --help)\n"},
     };
     for (const auto& [args, code, says] : offline) {

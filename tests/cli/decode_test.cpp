@@ -34,7 +34,8 @@ protected:
     std::string file(const char* name) const { return (dir_ / name).string(); }
     std::string write(const Bytes& bytes) const
     {
-        std::ofstream(file("in.rec"), std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
+        std::ofstream(file("in.rec"), std::ios::binary)
+            .write(reinterpret_cast<const char*>(bytes.data()), std::ssize(bytes));
         return file("in.rec");
     }
     int run(std::vector<std::string> args)
@@ -46,8 +47,8 @@ protected:
         return cli::runKdxctl(args, io);
     }
 
-    fs::path dir_ = fs::temp_directory_path() /
-                    ("kdx_decode_" + std::to_string(::getpid()) + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::path dir_ = fs::temp_directory_path() / ("kdx_decode_" + std::to_string(::getpid()) +
+                                                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
     std::ostringstream out_, err_;
 };
 
@@ -58,16 +59,28 @@ TEST_F(DecodeCommand, RecordingsWithNoiseGiveTheLogTheWindowWrites)
     const std::string roll = std::string("Roll,1,") + kRelayedSampleLine;
     const Bytes badChecksum = {0x5A, 5, 9, 0x5A, 4, 0}; // the 0x5A inside is not rescanned
     const std::string counts = "decode: bytes ";
-    struct Case { const char* name; Bytes recording; std::string log, counts; };
+    struct Case {
+        const char* name;
+        Bytes recording;
+        std::string log, counts;
+    };
     const Case cases[] = {
         {"noise, a bad frame, a memory reply, undecodable messages, an inverted checksum",
-         cat({{1, 2, 3}, directSample().frame(), badChecksum, buildFrame(120, Bytes(60, 1)), relayedSample(1).frame(),
-              CyclicBytes::direct(20).frame(), {0}, relayedSample(3).frame(), directSample().frame(true)}),
+         cat({{1, 2, 3},
+              directSample().frame(),
+              badChecksum,
+              buildFrame(120, Bytes(60, 1)),
+              relayedSample(1).frame(),
+              CyclicBytes::direct(20).frame(),
+              {0},
+              relayedSample(3).frame(),
+              directSample().frame(true)}),
          std::string(kDirectHeader) + kDirectSampleLine + roll + kDirectSampleLine,
          "245, good messages 6, bad messages 1, noise bytes 4, log lines 3, undecodable cyclic messages 2\n"},
         // The header keeps the mode of the first cyclic message, decodable or not; lines follow their own.
         {"relayed first", cat({relayedSample(1).frame(), directSample().frame()}),
-         kRelayedHeader + roll + kDirectSampleLine, "75, good messages 2, bad messages 0, noise bytes 0, log lines 2\n"},
+         kRelayedHeader + roll + kDirectSampleLine,
+         "75, good messages 2, bad messages 0, noise bytes 0, log lines 2\n"},
         {"relayed with a bad axis first", cat({relayedSample(3).frame(), directSample().frame()}),
          kRelayedHeader + std::string(kDirectSampleLine),
          "75, good messages 2, bad messages 0, noise bytes 0, log lines 1, undecodable cyclic messages 1\n"},
@@ -95,7 +108,8 @@ TEST_F(DecodeCommand, LongRecordingAcrossReadBlocksReplacesTheOutputFile)
     EXPECT_EQ(out_.str(), "");
     std::ifstream log(out, std::ios::binary);
     EXPECT_TRUE(std::string(std::istreambuf_iterator<char>(log), {}) == expected);
-    EXPECT_EQ(err_.str(), "decode: bytes 1965715, good messages 40000, bad messages 0, noise bytes 5715, log lines 40000\n");
+    EXPECT_EQ(err_.str(),
+              "decode: bytes 1965715, good messages 40000, bad messages 0, noise bytes 5715, log lines 40000\n");
     EXPECT_EQ(std::distance(fs::directory_iterator(dir_), {}), 2); // no temporary file left
     // With -o the counts as JSON go to standard output.
     ASSERT_EQ(run({in, "-o", out, "--json"}), 0) << err_.str();
@@ -112,12 +126,19 @@ TEST_F(DecodeCommand, UsageAndFileErrors)
     // cyclic message.
     const std::string quiet = file("quiet.rec"), out = file("quiet.csv");
     const Bytes noTelemetry = cat({{7, 7}, buildFrame(120, Bytes(60, 1)), relayedSample(3).frame()});
-    std::ofstream(quiet, std::ios::binary).write(reinterpret_cast<const char*>(noTelemetry.data()), std::ssize(noTelemetry));
+    std::ofstream(quiet, std::ios::binary)
+        .write(reinterpret_cast<const char*>(noTelemetry.data()), std::ssize(noTelemetry));
     const std::string noLog = "no telemetry in " + quiet +
                               " (92 bytes, 2 good messages, 1 undecodable cyclic messages); no log was written\n";
-    struct Case { std::vector<std::string> args; int exit; std::string err; };
-    for (const Case& c : {Case{{}, 2, "no recording given\n"}, {{rec, "--fast"}, 2, "unknown option '--fast'\n"},
-                          {{quiet}, 1, noLog}, {{quiet, "-o", out}, 1, noLog},
+    struct Case {
+        std::vector<std::string> args;
+        int exit;
+        std::string err;
+    };
+    for (const Case& c : {Case{{}, 2, "no recording given\n"},
+                          {{rec, "--fast"}, 2, "unknown option '--fast'\n"},
+                          {{quiet}, 1, noLog},
+                          {{quiet, "-o", out}, 1, noLog},
                           {{missing}, 1, "cannot open " + missing + ": No such file or directory\n"},
                           {{rec, "-o", noDir}, 1, "cannot write " + noDir + ": No such file or directory\n"}}) {
         EXPECT_EQ(run(c.args), c.exit) << c.err;

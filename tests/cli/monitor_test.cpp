@@ -14,7 +14,11 @@ using namespace kdx::test;
 
 namespace {
 
-struct Result { int exit; std::string out, err; std::vector<std::string> lines; };
+struct Result {
+    int exit;
+    std::string out, err;
+    std::vector<std::string> lines;
+};
 
 Result monitor(std::vector<std::string> args)
 {
@@ -31,8 +35,8 @@ Result monitor(std::vector<std::string> args)
 
 TEST(MonitorCommand, SimulatedModulePrintsHeaderThenLiveLines)
 {
-    for (auto [option, header, prefix] : {std::tuple{"--simulate", kDirectHeader, ""},
-                                          {"--simulate=qvane", kRelayedHeader, "Tilt,0,"}}) {
+    for (auto [option, header, prefix] :
+         {std::tuple{"--simulate", kDirectHeader, ""}, {"--simulate=qvane", kRelayedHeader, "Tilt,0,"}}) {
         const Result r = monitor({option, "--seconds", "0.3"});
         EXPECT_EQ(r.exit, 0) << r.err;
         ASSERT_GE(r.lines.size(), 20u) << option; // 100 messages a second

@@ -15,9 +15,11 @@ const OptionSpec kOptions[] = {
     {.name = "--tsv"},
     {.name = "--axis", .takes = Takes::Value, .required = true},
 };
-const Syntax kSyntax{.synopsis = "", .about = "", .options = kOptions,
-                     .positionals = {.min = 1, .max = 2, .missing = "no file given",
-                                     .extra = "two files at most ('{}' is extra)"}};
+const Syntax kSyntax{
+    .synopsis = "",
+    .about = "",
+    .options = kOptions,
+    .positionals = {.min = 1, .max = 2, .missing = "no file given", .extra = "two files at most ('{}' is extra)"}};
 const Command kCommand{"demo", "", kSyntax, nullptr};
 
 // "--port=A,B --tsv files=f" for what was given, or "error: WHAT".

@@ -21,7 +21,8 @@ protected:
         fs::create_directories(dir_);
         data_.resize(5000);
         for (std::size_t i = 0; i < data_.size(); ++i) data_[i] = static_cast<uint8_t>(i * 13 + i / 256);
-        std::ofstream(recording(), std::ios::binary).write(reinterpret_cast<const char*>(data_.data()), std::ssize(data_));
+        std::ofstream(recording(), std::ios::binary)
+            .write(reinterpret_cast<const char*>(data_.data()), std::ssize(data_));
     }
     void TearDown() override { fs::remove_all(dir_); }
     std::string recording() const { return (dir_ / "Run 0.Log").string(); }
@@ -39,8 +40,8 @@ protected:
         return cli::runKdxctl(args, io);
     }
 
-    fs::path dir_ = fs::temp_directory_path() /
-                    ("kdx_trim_" + std::to_string(::getpid()) + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::path dir_ = fs::temp_directory_path() / ("kdx_trim_" + std::to_string(::getpid()) +
+                                                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
     Bytes data_;
     std::ostringstream err_;
 };
@@ -59,13 +60,9 @@ TEST_F(TrimCommand, WritesTheWindowsCopyAndKeepsAGoodEarlierOne)
         std::size_t from, copied; // the copy on disk afterwards
     };
     const Case cases[] = {
-        {"1024", "4000", 0, 1025, 2977},
-        {"300", "300", 0, 301, 2},
-        {"4000", "4998", 0, 4001, 999},
-        {"0", "100", 0, 1, 101},
-        {"4000", "4999", 1, 1, 101}, // one byte short
-        {"5000", "5000", 1, 1, 101},
-        {"300", "20", 2, 1, 101},    // the end before the start
+        {"1024", "4000", 0, 1025, 2977}, {"300", "300", 0, 301, 2},   {"4000", "4998", 0, 4001, 999},
+        {"0", "100", 0, 1, 101},         {"4000", "4999", 1, 1, 101}, // one byte short
+        {"5000", "5000", 1, 1, 101},     {"300", "20", 2, 1, 101},    // the end before the start
     };
     for (const Case& c : cases) {
         EXPECT_EQ(run({recording(), "--start", c.start, "--end", c.end}), c.exit) << c.start << ".." << c.end;

@@ -36,10 +36,10 @@ std::string countingFile(int records)
 }
 
 // The image stored in config_sample.kdx (elements 61 .. 63 included).
-const MemoryImage kSample{7,   0,   208, 7,   0,   30,  0,   50,  128, 0,   32, 5,   32,  0,   20,  171, 128,
-                          100, 14,  0,   1,   0,   64,  30,  45,  193, 194, 195, 196, 197, 0,  0,   106, 10,
-                          0,   20,  0,   40,  128, 255, 8,   255, 192, 255, 16,  0,   2,   255, 12, 128, 255,
-                          85,  21,  0,   1,   0,   0,   0,   0,   0,   251, 17,  34,  51,  0};
+const MemoryImage kSample{7,   0,  208, 7,  0,   30,  0,  50,  128, 0,   32,  5,   32,  0,   20, 171, 128,
+                          100, 14, 0,   1,  0,   64,  30, 45,  193, 194, 195, 196, 197, 0,   0,  106, 10,
+                          0,   20, 0,   40, 128, 255, 8,  255, 192, 255, 16,  0,   2,   255, 12, 128, 255,
+                          85,  21, 0,   1,  0,   0,   0,  0,   0,   251, 17,  34,  51,  0};
 
 MemoryImage filled(int16_t v)
 {
@@ -61,8 +61,8 @@ TEST(ConfigFile, SavesAndLoadsTheGoldenFiles)
     high[15] = 256; // an element left above a byte saves the byte the module gets
     EXPECT_EQ(configFileBytes(high, false), configFileBytes(MemoryImage{}, false));
 
-    for (auto [file, twoAxis] : {std::pair{"config_sample.kdx", true}, {"config_sample_lowercase.kdx", true},
-                                 {"config_sample.bls", false}}) {
+    for (auto [file, twoAxis] :
+         {std::pair{"config_sample.kdx", true}, {"config_sample_lowercase.kdx", true}, {"config_sample.bls", false}}) {
         const ConfigLoad load = loadConfigFile(dataPath(file), false);
         ASSERT_EQ(load.status, ConfigLoadStatus::Loaded) << file << ": " << load.box.prompt;
         EXPECT_EQ(load.twoAxis(), twoAxis) << file;
@@ -83,9 +83,15 @@ TEST(ConfigFile, RejectedFilesSayWhyAndChangeNothing)
     afterComment[36 * 3] = 'X';
     const std::string bad = "Invalid data format on input line ", insufficient = "Insufficent Data In Config File";
     const std::pair<std::string, std::string> cases[] = {
-        {missingStar, bad + "3"}, {badStart, bad + "5"}, {afterComment, bad + "4"},
-        {countingFile(4).substr(0, 150), bad + "5"}, {"hello\nworld\n", bad + "1"},
-        {countingFile(3), insufficient}, {countingFile(5), insufficient}, {kHeader, insufficient}, {"", insufficient},
+        {missingStar, bad + "3"},
+        {badStart, bad + "5"},
+        {afterComment, bad + "4"},
+        {countingFile(4).substr(0, 150), bad + "5"},
+        {"hello\nworld\n", bad + "1"},
+        {countingFile(3), insufficient},
+        {countingFile(5), insufficient},
+        {kHeader, insufficient},
+        {"", insufficient},
     };
     for (const auto& [bytes, prompt] : cases) {
         for (bool qvane : {false, true}) {
@@ -167,7 +173,8 @@ TEST(ConfigFile, SavesReplaceTheFileOrLeaveItAlone)
     ASSERT_FALSE(saveConfigFile(path, MemoryImage{}, false).has_value());
     EXPECT_EQ(readFile(path).size(), 108u);
 
-    EXPECT_EQ(loadConfigFile((dir / "nope.kdx").string(), false).box.prompt.rfind("Error opening config file: ", 0), 0u);
+    EXPECT_EQ(loadConfigFile((dir / "nope.kdx").string(), false).box.prompt.rfind("Error opening config file: ", 0),
+              0u);
     // Whatever the path turns out to be, the load says why in the "File Read" box.
     std::vector<std::pair<std::string, std::string>> unreadable = {{dir.string(), "Is a directory"}};
 #ifdef __linux__

@@ -6,7 +6,11 @@ using namespace kdx;
 
 TEST(Conversions, EdgeValues)
 {
-    struct Case { const char* name; float got; float want; };
+    struct Case {
+        const char* name;
+        float got;
+        float want;
+    };
     for (const Case& c : {Case{"angle2 0,128", RawToAngle2(0, 128), -256.0f},
                           {"angle2 255,255", RawToAngle2(255, 255), -0.0078125f},
                           {"voltage 0,1", RawToVoltage(0, 1), 1.0f},

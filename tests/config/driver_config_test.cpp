@@ -25,19 +25,28 @@ TEST(DriverConfig, ImageBytesShowAsTheLabelsShowThem)
 {
     using L = ParamLabel;
     const std::tuple<std::vector<std::pair<int, int>>, ParamLabel, const char*> cases[] = {
-        {{{2, 208}, {3, 7}}, L::Freqtb, "20.0"},   {{{2, 0}, {3, 0}}, L::Freqtb, "8.0"}, // 2000 counts; none
-        {{{2, 208}, {3, 128}}, L::Freqtb, "8.0"},  {{{2, 106}, {3, 10}}, L::Freqtb, "15.0"}, // bit 15; floored
-        {{{21, 0}, {22, 0}}, L::Ratiotb, "0.0:1"}, {{{21, 0}, {22, 64}}, L::Ratiotb, "1:1"},
-        {{{21, 85}, {22, 21}}, L::Ratiotb, "3.0:1"}, {{{21, 0}, {22, 128}}, L::Ratiotb, "0.5:1"}, // unsigned
-        {{{16, 130}}, L::Axistb, "Pan"},           {{{16, 131}}, L::Axistb, "Off"},
-        {{{8, 128}, {9, 255}}, L::PTermtb, "-100"}, {{{6, 0}, {7, 255}}, L::PowerHitb, "-1.0"},
-        {{{10, 8}}, L::IAngletb, "0.50"},          {{{14, 20}}, L::PowerErrortb, "1.25"},
-        {{{19, 0}, {20, 1}}, L::Gaintb, "100"},    {{{24, 255}}, L::FPTrimtb, "510"},
+        {{{2, 208}, {3, 7}}, L::Freqtb, "20.0"},
+        {{{2, 0}, {3, 0}}, L::Freqtb, "8.0"}, // 2000 counts; none
+        {{{2, 208}, {3, 128}}, L::Freqtb, "8.0"},
+        {{{2, 106}, {3, 10}}, L::Freqtb, "15.0"}, // bit 15; floored
+        {{{21, 0}, {22, 0}}, L::Ratiotb, "0.0:1"},
+        {{{21, 0}, {22, 64}}, L::Ratiotb, "1:1"},
+        {{{21, 85}, {22, 21}}, L::Ratiotb, "3.0:1"},
+        {{{21, 0}, {22, 128}}, L::Ratiotb, "0.5:1"}, // unsigned
+        {{{16, 130}}, L::Axistb, "Pan"},
+        {{{16, 131}}, L::Axistb, "Off"},
+        {{{8, 128}, {9, 255}}, L::PTermtb, "-100"},
+        {{{6, 0}, {7, 255}}, L::PowerHitb, "-1.0"},
+        {{{10, 8}}, L::IAngletb, "0.50"},
+        {{{14, 20}}, L::PowerErrortb, "1.25"},
+        {{{19, 0}, {20, 1}}, L::Gaintb, "100"},
+        {{{24, 255}}, L::FPTrimtb, "510"},
     };
     for (int motor = 0; motor < 2; ++motor) {
         for (const auto& [elements, label, caption] : cases) {
             DriverConfig config;
-            for (auto [k, v] : elements) config.image()[static_cast<std::size_t>(30 * motor + k)] = static_cast<int16_t>(v);
+            for (auto [k, v] : elements)
+                config.image()[static_cast<std::size_t>(30 * motor + k)] = static_cast<int16_t>(v);
             config.ImageToParams();
             EXPECT_EQ(config.caption(label, motor), caption) << labelName(label) << " motor " << motor;
             EXPECT_EQ(config.reverse(motor), label == L::Axistb) << "bit 7 of the axis byte";
@@ -47,7 +56,8 @@ TEST(DriverConfig, ImageBytesShowAsTheLabelsShowThem)
 
 TEST(DriverConfig, ParametersWriteTheModuleBytes)
 {
-    const std::tuple<std::function<void(ParamSet&)>, int, std::vector<int>> cases[] = { // element and following
+    const std::tuple<std::function<void(ParamSet&)>, int, std::vector<int>> cases[] = {
+        // element and following
         {[](ParamSet& p) { p.PwmFreqHz[1] = 15000; }, 2, {106, 10}}, // Int(2666.67)
         {[](ParamSet& p) { p.PwmFreqHz[1] = 1000; }, 2, {64, 156}},
         {[](ParamSet& p) { p.PTerm[1] = -100; }, 8, {128, 255}},
@@ -64,7 +74,9 @@ TEST(DriverConfig, ParametersWriteTheModuleBytes)
         config.params().PwmFreqHz = {8000, 8000};
         set(config.params());
         config.ParamsToImage();
-        EXPECT_EQ(std::vector<int>(config.image().begin() + 30 + element, config.image().begin() + 30 + element + want.size()), want);
+        EXPECT_EQ(std::vector<int>(config.image().begin() + 30 + element,
+                                   config.image().begin() + 30 + element + want.size()),
+                  want);
     }
     DriverConfig c;
     c.params().PwmFreqHz = {8000, 8000};
@@ -82,8 +94,9 @@ TEST(DriverConfig, EveryParameterSurvivesTheImage)
     DriverConfig a;
     ParamSet& p = a.params();
     // Values the module holds exactly, different per motor so a swapped block shows.
-    p = ParamSet{{20000, 16000}, {30, 12.5f}, {55.5f, 100}, {-100, 2500}, {2.5f, 15},  {5, 255},   {25, -2550},
-                 {1.25, 15.9375}, {1, 3},     {0, 255},     {14, 64},     {-5000, 12700}, {1, 0.5f}, {179, 0}, {358, 90}};
+    p = ParamSet{{20000, 16000}, {30, 12.5f},    {55.5f, 100},    {-100, 2500}, {2.5f, 15},
+                 {5, 255},       {25, -2550},    {1.25, 15.9375}, {1, 3},       {0, 255},
+                 {14, 64},       {-5000, 12700}, {1, 0.5f},       {179, 0},     {358, 90}};
     a.setReverse(1, true);
     a.ParamsToImage();
     DriverConfig b;

@@ -29,7 +29,8 @@ bool click(DriverConfig& config, ParamLabel label, std::string_view answer, int 
 TEST(EntryCommands, AnswersAreCheckedAgainstTheAcceptedRange)
 {
     using L = ParamLabel;
-    const std::tuple<ParamLabel, const char*, bool, const char*> cases[] = { // label, answer, accepted, caption
+    const std::tuple<ParamLabel, const char*, bool, const char*> cases[] = {
+        // label, answer, accepted, caption
         {L::PTermtb, "2500", true, "2500"}, // the prompt says 2000
         {L::PTermtb, "2551", false, "50"},     {L::DTermtb, "-2551", false, "0"},
         {L::Polestb, "abc", true, "0"},        {L::Polestb, "65", false, "100"}, // text reads as 0
@@ -37,7 +38,7 @@ TEST(EntryCommands, AnswersAreCheckedAgainstTheAcceptedRange)
         {L::Freqtb, "20.5", true, "20.0"},     {L::Freqtb, "32.5", false, "8.0"}, // 20500 Hz kept
         {L::FPTrimtb, "360", false, "100"},    {L::FPTrimtb, "359", true, "359"}, // the prompt says 360
         {L::Gaintb, "-5000", true, "-5000"},   {L::Ratiotb, "0.4", false, "1:1"}, // the prompt says 0..
-        {L::Axistb, "2.5", true, "Off"},       {L::Axistb, "4", false, "Tilt"},    // kept as typed
+        {L::Axistb, "2.5", true, "Off"},       {L::Axistb, "4", false, "Tilt"},   // kept as typed
         {L::IAngletb, "16.01", false, "0.00"}, {L::PowerHitb, "12.34", true, "12.3"},
         {L::Powertb, "100.5", false, "0.0"},   {L::DTermLimittb, " 7 volts", true, "7"},
     };
@@ -61,7 +62,8 @@ TEST(EntryCommands, AnswersAreCheckedAgainstTheAcceptedRange)
 TEST(EntryCommands, CancelStoresTheCurrentValueRoundedToTwoDecimals)
 {
     using Set = std::function<void(DriverConfig&)>;
-    const std::tuple<ParamLabel, Set, const char*, float> cases[] = { // label, value, offered, stored (as offered)
+    const std::tuple<ParamLabel, Set, const char*, float> cases[] = {
+        // label, value, offered, stored (as offered)
         {ParamLabel::IAngletb, [](DriverConfig& c) { c.params().IAngle[1] = 1.23456f; }, "1.23", 1.23f},
         {ParamLabel::Gaintb, [](DriverConfig& c) { c.params().GainPerc[1] = -33.336f; }, "-33.34", -33.34f},
         {ParamLabel::Freqtb, [](DriverConfig& c) { c.params().PwmFreqHz[1] = 15003.75; }, "15.00", 15.0f},

@@ -43,7 +43,12 @@ TEST(MemorySession, ReadTakesOnlyTheRequestedFullLengthReply)
 {
     const auto direct = [](uint8_t v, std::size_t n = 60) { return buildFrame(120, std::vector<uint8_t>(n, v)); };
     const auto relayed = [](int axis, uint8_t v) { return buildFrame(136 + axis, std::vector<uint8_t>(32, v)); };
-    struct Case { const char* name; bool qvane; Frames early, late; bool ok; };
+    struct Case {
+        const char* name;
+        bool qvane;
+        Frames early, late;
+        bool ok;
+    };
     const Case cases[] = {
         {"a reply before the request", false, {direct(0xEE)}, {direct(0x11)}, true},
         {"a short reply first", false, {}, {direct(0xEE, 20), direct(0x11)}, true},

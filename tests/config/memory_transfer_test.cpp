@@ -37,9 +37,11 @@ TEST(MemoryTransfer, RequestAndWriteMessages)
         {[&](OutMsgBuffer& o) { buildWriteMessage(o, zero, false, 0); }, seq({{63, 113}, run(60, 0), {176}})},
         {[&](OutMsgBuffer& o) { buildWriteMessage(o, zero, true, 1); }, seq({{34, 130, 132}, run(30, 0), {40}})},
         // 176 + (1 + ... + 60) - 15 + 256 = 2247 -> 199; elements 60 .. 64 stay home
-        {[&](OutMsgBuffer& o) { buildWriteMessage(o, odd, false, 0); }, seq({{63, 113}, run(14, 1), {256}, run(45, 16), {199}})},
+        {[&](OutMsgBuffer& o) { buildWriteMessage(o, odd, false, 0); },
+         seq({{63, 113}, run(14, 1), {256}, run(45, 16), {199}})},
         // 34 + 130 + 133 + (1 + ... + 30) - 15 + 256 = 1003 -> 235
-        {[&](OutMsgBuffer& o) { buildWriteMessage(o, odd, true, 2); }, seq({{34, 130, 133}, run(14, 1), {256}, run(15, 16), {235}})},
+        {[&](OutMsgBuffer& o) { buildWriteMessage(o, odd, true, 2); },
+         seq({{34, 130, 133}, run(14, 1), {256}, run(15, 16), {235}})},
         {[](OutMsgBuffer& o) { buildAxisSelect(o, 1); }, {3, 132, 135}},
     };
     int n = 0;

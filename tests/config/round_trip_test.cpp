@@ -31,7 +31,9 @@ std::string typed(long k, int decimals)
     const long scale = decimals == 2 ? 100 : decimals == 1 ? 10 : 1;
     char text[32];
     if (decimals == 0) std::snprintf(text, sizeof text, "%ld", k);
-    else std::snprintf(text, sizeof text, "%s%ld.%0*ld", k < 0 ? "-" : "", std::labs(k) / scale, decimals, std::labs(k) % scale);
+    else
+        std::snprintf(text, sizeof text, "%s%ld.%0*ld", k < 0 ? "-" : "", std::labs(k) / scale, decimals,
+                      std::labs(k) % scale);
     return text;
 }
 
@@ -108,7 +110,8 @@ TEST(RoundTrip, WarningsSayWhatTheModuleGivesBack)
         {L::Freqtb, "1.23", ""}, // 32520 counts: fits
         // 40 MHz / 1260 Hz = 31746.03 counts; read back as 40 MHz / 31746, the period
         // in ticks comes out a hair below 31746 and is floored.
-        {L::Freqtb, "1.26", "PWM frequency 1.26 kHz is stored as 31746, which a read and a write with no edit change to 31745"},
+        {L::Freqtb, "1.26",
+         "PWM frequency 1.26 kHz is stored as 31746, which a read and a write with no edit change to 31745"},
         {L::PowerErrortb, "16", "angle error for max power 16.00 deg will read back as 0.00 deg"},
         {L::PowerErrortb, "15.9375", ""},
         {L::FPTrimtb, "3", "power-up fixed position trim 3 deg will read back as 4 deg"},

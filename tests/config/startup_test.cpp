@@ -21,8 +21,8 @@ TEST(StartupFile, CommandLineNamesAConfigurationATuningFileOrARecording)
         {"\"a.KDX\"", K::Ignored, "a.KDX"},
         {"\"t.bTf\"", K::Ignored, "t.bTf"},
         {"\"a.kdxx\"", K::Recording, "a.kdxx"},
-        {"'kdx'", K::Configuration, "kdx"},  // any enclosing pair, even no dot
-        {"\"ab\"", K::Recording, "ab"},      // a name shorter than an extension
+        {"'kdx'", K::Configuration, "kdx"}, // any enclosing pair, even no dot
+        {"\"ab\"", K::Recording, "ab"},     // a name shorter than an extension
         {"\"x\"", K::None, ""},
         {"", K::None, ""},
     };

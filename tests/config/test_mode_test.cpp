@@ -28,10 +28,13 @@ TEST(TestMode, CommandsOnTheWire)
 {
     const std::tuple<std::function<void(TestMode&)>, bool, std::vector<int>> cases[] = {
         // 50 % is 127.5 and rounds to the even 128
-        {[](TestMode& t) { t.applyTestRate(10), t.applyTestPower(50), t.Testcb_Click(1); }, false, {6, 116, 2, 10, 128, 6}},
+        {[](TestMode& t) { t.applyTestRate(10), t.applyTestPower(50), t.Testcb_Click(1); },
+         false,
+         {6, 116, 2, 10, 128, 6}},
         // defaults 30 % (76.5 -> 76) and rate 8
         {[](TestMode& t) { t.Testcb_Click(0); }, false, {6, 116, 1, 8, 76, 207}},
-        {[](TestMode& t) { t.applyTestPower(100), t.TestOffcb_Click(0), t.TestOffcb_Click(1); }, true,
+        {[](TestMode& t) { t.applyTestPower(100), t.TestOffcb_Click(0), t.TestOffcb_Click(1); },
+         true,
          {7, 130, 116, 12 + 128 + 16, 8, 255, (7 + 130 + 116 + 156 + 8 + 255) % 256}},
         {[](TestMode& t) { t.applyTestRate(2.5f), t.Testcb_Click(1); }, false, {6, 116, 2, 2, 76, 202}},
     };

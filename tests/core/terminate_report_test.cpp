@@ -20,7 +20,10 @@ void escape(void (*thrower)()) noexcept { thrower(); }
 TEST(TerminateReportDeathTest, AnUncaughtExceptionIsPrintedWithABacktraceBeforeTheAbort)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    struct Case { void (*end)(); const char* expected; };
+    struct Case {
+        void (*end)();
+        const char* expected;
+    };
     const Case cases[] = {
         {[] { escape(throwIosFailure); },
          "kdxtool: uncaught exception std::[a-z_:]*failure.*: basic_filebuf::underflow error reading the file"},

@@ -46,7 +46,8 @@ public:
             } else {
                 due_[next] += next->interval();
             }
-            if (!QMetaObject::invokeMethod(next, "timeout")) ADD_FAILURE() << "cannot fire " << next->objectName().toStdString();
+            if (!QMetaObject::invokeMethod(next, "timeout"))
+                ADD_FAILURE() << "cannot fire " << next->objectName().toStdString();
             QCoreApplication::sendPostedEvents();
         }
         moveTo(end);
@@ -78,8 +79,8 @@ private:
     ManualClock& clock_;
     std::vector<QObject*> roots_;
     int64_t nowMs_ = 0;
-    std::map<QTimer*, int64_t> due_;  // running timers and when each fires next
-    std::map<QTimer*, int> order_;    // creation order, for timers due together
+    std::map<QTimer*, int64_t> due_; // running timers and when each fires next
+    std::map<QTimer*, int> order_;   // creation order, for timers due together
 };
 
 } // namespace kdx::test

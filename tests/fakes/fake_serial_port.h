@@ -18,7 +18,7 @@ namespace kdx::test {
 class FakeSerialPort : public SerialPort {
 public:
     std::vector<std::string> ports{"/dev/ttyUSB0", "/dev/ttyUSB1"};
-    std::set<std::string> refuse;   // names whose open fails
+    std::set<std::string> refuse; // names whose open fails
     std::string refuseReason = "Permission denied";
     bool failWrites = false;
     bool unplugOnWrite = false; // the adapter is pulled out during the next write

@@ -22,11 +22,11 @@ struct ShownBox {
 
 class ScriptedDialogs : public Dialogs {
 public:
-    std::deque<Answer> answers;              // for MsgBox with Yes/No
-    std::deque<std::string> inputs;          // for InputBox
+    std::deque<Answer> answers;                   // for MsgBox with Yes/No
+    std::deque<std::string> inputs;               // for InputBox
     std::deque<std::optional<std::string>> files; // for OpenFile / SaveFile
-    std::vector<ShownBox> boxes;             // every message box shown
-    std::vector<ShownBox> prompts;           // every input box shown (prompt, 0, title)
+    std::vector<ShownBox> boxes;                  // every message box shown
+    std::vector<ShownBox> prompts;                // every input box shown (prompt, 0, title)
     std::vector<std::string> inputDefaults;
     std::vector<FileDialogRequest> fileRequests;
     bool failOnUnexpected = true;
@@ -57,8 +57,7 @@ public:
         answers.pop_front();
         return a;
     }
-    std::string InputBox(const std::string& prompt, const std::string& title,
-                         const std::string& defaultText) override
+    std::string InputBox(const std::string& prompt, const std::string& title, const std::string& defaultText) override
     {
         prompts.push_back({prompt, 0, title});
         inputDefaults.push_back(defaultText);

@@ -212,7 +212,11 @@ TEST(CommsLinkWindow, AFailedSendIsReportedOnceAndClosesTheLinkUntilReselected)
     const Case cases[] = {
         {true, false, 3, {}, "Error writing to comms port: Input/output error. Please reselect comms port"},
         {false, false, 256, {0x5A}, "Error writing to comms port: Overflow. Please reselect comms port"},
-        {false, true, 3, {}, "Comms port /dev/ttyUSB0 was lost: Resource temporarily unavailable. It reopens by itself when it is back; or select another port"},
+        {false,
+         true,
+         3,
+         {},
+         "Comms port /dev/ttyUSB0 was lost: Resource temporarily unavailable. It reopens by itself when it is back; or select another port"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.prompt);
@@ -270,7 +274,9 @@ TEST(CommsLinkWindow, AVanishedAdapterIsReopenedWhenItComesBackUnlessAnotherPort
     };
     const Case cases[] = {
         {"same path", {adapter("/dev/ttyUSB0", "A9X3")}, false, "/dev/ttyUSB0"},
-        {"new path, same serial", {adapter("/dev/ttyUSB0", "ZZ11"), adapter("/dev/ttyUSB2", "A9X3")}, false,
+        {"new path, same serial",
+         {adapter("/dev/ttyUSB0", "ZZ11"), adapter("/dev/ttyUSB2", "A9X3")},
+         false,
          "/dev/ttyUSB2"},
         {"another port chosen", {adapter("/dev/ttyUSB0", "A9X3")}, true, nullptr},
     };
@@ -301,10 +307,12 @@ TEST(CommsLinkWindow, AVanishedAdapterIsReopenedWhenItComesBackUnlessAnotherPort
             EXPECT_TRUE(r.link.PortOpen);
             EXPECT_EQ(r.port.openName, c.reopened);
             EXPECT_EQ(r.link.linkStatus().port, c.reopened);
-            EXPECT_EQ(r.link.CommsPortob[static_cast<std::size_t>(r.link.CurrentPort - 1)]->toolTip().section('\n', 0, 0),
-                      c.reopened);
+            EXPECT_EQ(
+                r.link.CommsPortob[static_cast<std::size_t>(r.link.CurrentPort - 1)]->toolTip().section('\n', 0, 0),
+                c.reopened);
             EXPECT_FALSE(r.link.reconnectTimer->isActive());
-            EXPECT_EQ(states, (std::vector<LinkState>{LinkState::Waiting, LinkState::Reconnecting, LinkState::Waiting}));
+            EXPECT_EQ(states,
+                      (std::vector<LinkState>{LinkState::Waiting, LinkState::Reconnecting, LinkState::Waiting}));
         } else {
             EXPECT_EQ(r.port.openName, "/dev/ttyUSB1");
         }

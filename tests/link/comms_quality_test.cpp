@@ -6,8 +6,12 @@ using namespace kdx;
 
 TEST(CommsQuality, FiftyMessagesATickAreFullAndOneShortStillIs)
 {
-    struct Case { int good; float quality; };
-    const Case cases[] = {{50, 1.0f}, {49, 1.0f}, {51, 1.0f}, {300, 1.0f}, {48, 0.96f}, {25, 0.5f}, {1, 0.02f}, {0, 0.0f}};
+    struct Case {
+        int good;
+        float quality;
+    };
+    const Case cases[] = {{50, 1.0f},  {49, 1.0f}, {51, 1.0f}, {300, 1.0f},
+                          {48, 0.96f}, {25, 0.5f}, {1, 0.02f}, {0, 0.0f}};
     CommsQualityCount count;
     for (const Case& c : cases) {
         for (int i = 0; i < c.good; ++i) count.PutMessageReceived(true);

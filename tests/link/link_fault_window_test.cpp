@@ -36,7 +36,8 @@ public:
         std::filesystem::create_symlink(bridge_.devicePath(), link);
         thread_ = std::thread([this] {
             std::string error;
-            bridge_.serve(sim_, [this] { return stop_.load(); }, error);
+            bridge_.serve(
+                sim_, [this] { return stop_.load(); }, error);
         });
     }
     // The far end goes away: the device's last descriptors close.
@@ -66,7 +67,7 @@ TEST(LinkFaultWindow, TheFarEndVanishingIsOneMessageAndThePortReopensByItselfWhe
     ASSERT_TRUE(p.comms.GetCommsGood());
     ASSERT_TRUE(p.main.GetGainsHaveBeenLoaded()) << "the configuration was read over the line";
 
-    module.reset(); // mid-stream
+    module.reset();                  // mid-stream
     std::filesystem::remove(device); // and its name goes with it
     pumpEvents(2000, [&] { return !p.dialogs.boxes.empty(); });
     pumpEvents(1100); // the watchdog's second tick without telemetry has come meanwhile

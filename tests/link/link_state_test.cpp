@@ -56,7 +56,8 @@ TEST(StatusLine, EachLinkStateReadsAsTheUserExpects)
     playing.playbackRate = " x2";
     const Case cases[] = {
         {{}, {"No port", "KDX", "", "no port open", "0 msg/s"}},
-        {{link(LinkState::Waiting, "/dev/ttyUSB1", 2)}, {"Port 2: /dev/ttyUSB1", "KDX", "", "waiting for telemetry", "0 msg/s"}},
+        {{link(LinkState::Waiting, "/dev/ttyUSB1", 2)},
+         {"Port 2: /dev/ttyUSB1", "KDX", "", "waiting for telemetry", "0 msg/s"}},
         {{link(LinkState::Live, "/dev/ttyUSB1", 2), false, 3, 1, 5, 49.6},
          {"Port 2: /dev/ttyUSB1", "KDX", "Firmware 1.05", "live", "50 msg/s"}},
         {{link(LinkState::Live, "Sim Q-Vane", 17), true, 1, 2, 12, 25},
@@ -106,12 +107,17 @@ TEST(PortReturn, TheLostPortIsFoundAtItsPathOrByItsAdapterIdentity)
         {"same adapter, same path", usb("/dev/ttyUSB0", "A1"), {usb("/dev/ttyUSB0", "A1")}, true, "/dev/ttyUSB0"},
         {"same adapter, new path", usb("/dev/ttyUSB0", "A1"), {usb("/dev/ttyUSB1", "A1")}, false, "/dev/ttyUSB1"},
         {"another adapter took the path", usb("/dev/ttyUSB0", "A1"), {usb("/dev/ttyUSB0", "B2")}, true, std::nullopt},
-        {"same serial, other maker", usb("/dev/ttyUSB0", "A1"), {usb("/dev/ttyUSB1", "A1", 0x10c4, 0xea60)}, false,
+        {"same serial, other maker",
+         usb("/dev/ttyUSB0", "A1"),
+         {usb("/dev/ttyUSB1", "A1", 0x10c4, 0xea60)},
+         false,
          std::nullopt},
         {"no serial, one alike", usb("/dev/ttyUSB0", ""), {usb("/dev/ttyUSB2", "")}, false, "/dev/ttyUSB2"},
-        {"no serial, two alike", usb("/dev/ttyUSB0", ""), {usb("/dev/ttyUSB2", ""), usb("/dev/ttyUSB3", "")}, false,
+        {"no serial, two alike",
+         usb("/dev/ttyUSB0", ""),
+         {usb("/dev/ttyUSB2", ""), usb("/dev/ttyUSB3", "")},
+         false,
          std::nullopt},
     };
-    for (const Case& c : cases)
-        EXPECT_EQ(returnedPath(c.lost, c.listed, c.pathPresent), c.want) << c.what;
+    for (const Case& c : cases) EXPECT_EQ(returnedPath(c.lost, c.listed, c.pathPresent), c.want) << c.what;
 }

@@ -217,7 +217,7 @@ TEST(PlaybackWindow, WriteFileCopiesTheMarkedStretchShowingEachKilobyteAndEndsId
     EXPECT_EQ(r.text(r.link.MarkStarttb), "0K");
     EXPECT_EQ(r.text(r.link.MarkEndtb), "1K");
     struct Case {
-        int32_t start, end; // -1: as marked above
+        int32_t start, end;             // -1: as marked above
         std::vector<std::string> shown; // Trimtb after each turn
         std::size_t from, copied;
         bool ok;

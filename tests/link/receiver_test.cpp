@@ -23,7 +23,10 @@ struct RecordingSink : MessageSink, LinkLossListener {
     }
     void PutCyclicQvaneMsg(const MsgView& m) override { calls.push_back("z:" + std::to_string(m.length())); }
     void PutMemoryMsg(const MsgView& m) override { calls.push_back("x:" + std::to_string(m.length())); }
-    void PutAxisMemoryMsg(const MsgView& m) override { calls.push_back("ax" + std::to_string(m.id()) + ":" + std::to_string(m.length())); }
+    void PutAxisMemoryMsg(const MsgView& m) override
+    {
+        calls.push_back("ax" + std::to_string(m.id()) + ":" + std::to_string(m.length()));
+    }
     void PutMessageReceived(bool g) override { g ? ++good : ++bad; }
     void PutCommsJustWentBad() override { ++losses; }
 };
@@ -56,8 +59,7 @@ TEST(Receiver, FramingAndResyncRules)
         {"length below three abandons, next byte may start", cat({{0x5A, 2}, cyclic}), {"y:48"}, 1, 0, 0},
         {"length zero then start", cat({{0x5A, 0}, memory}), {"x:63"}, 1, 0, 0},
         {"length three carries id and checksum only", {0x5A, 3, 0x70, 0x73}, {}, 1, 0, 0},
-        {"bad checksum counted, frame not rescanned",
-         cat({{0x5A, 5, 9, 0x5A, 4, 0}, cyclic}), {"y:48"}, 1, 1, 1},
+        {"bad checksum counted, frame not rescanned", cat({{0x5A, 5, 9, 0x5A, 4, 0}, cyclic}), {"y:48"}, 1, 1, 1},
         {"relayed axis memory", buildFrame(137, std::vector<uint8_t>(32, 3)), {"ax137:35"}, 1, 0, 0},
         {"unknown id good but ignored", buildFrame(200, {1, 2}), {}, 1, 0, 0},
         {"relayed telemetry", buildFrame(122, std::vector<uint8_t>(22, 0)), {"z:25"}, 1, 0, 0},
@@ -131,9 +133,13 @@ TEST(Receiver, CyclicCountWrapsAt32000)
 TEST(Frame, SendMessageBytes)
 {
     OutMsgBuffer m{};
-    m[0] = 3; m[1] = 254; m[2] = 257;
+    m[0] = 3;
+    m[1] = 254;
+    m[2] = 257;
     EXPECT_EQ(frameBody(m), (std::vector<uint8_t>{3, 0xFE, 0x01}));
-    m[0] = 3; m[1] = 112; putChecksum(m);
+    m[0] = 3;
+    m[1] = 112;
+    putChecksum(m);
     EXPECT_EQ(frameBody(m), (std::vector<uint8_t>{3, 0x70, 0x73}));
     m[0] = 2;
     EXPECT_TRUE(frameBody(m).empty()); // only the start byte goes out

@@ -78,7 +78,11 @@ TEST(ConfigChecksWindow, MarksShowWhatDiffersFromTheLastReportUntilTheNextOne)
     r.edit(ParamLabel::Polestb, 0, "12");
     const std::string twelvePoles = r.saveTo(dir, "twelve.kdx");
 
-    struct Step { const char* what; std::function<void()> act; const char* marked; };
+    struct Step {
+        const char* what;
+        std::function<void()> act;
+        const char* marked;
+    };
     const Step steps[] = {
         {"a memory reply", [&] { r.answerMemory(); }, ""},
         {"P of motor 1", [&] { r.edit(ParamLabel::PTermtb, 0, "70"); }, "PTermtb0"},
@@ -188,7 +192,11 @@ TEST(ConfigChecksWindow, StatusBarSaysWhenAnEnteredValueWillNotReadBackAsEntered
 {
     Rig r;
     r.answerMemory();
-    struct Case { ParamLabel label; const char* answer; const char* message; };
+    struct Case {
+        ParamLabel label;
+        const char* answer;
+        const char* message;
+    };
     const Case cases[] = {
         {ParamLabel::Freqtb, "1.2", "PWM frequency 1.20 kHz will read back as 8.0 kHz"},
         {ParamLabel::PTermtb, "50", ""}, // comes back as entered: the warning before it goes
@@ -196,8 +204,9 @@ TEST(ConfigChecksWindow, StatusBarSaysWhenAnEnteredValueWillNotReadBackAsEntered
         {ParamLabel::PowerErrortb, "17", "angle error for max power 16.00 deg will read back as 0.00 deg"},
         {ParamLabel::Freqtb, "1.26",
          "PWM frequency 1.26 kHz is stored as 31746, which a read and a write with no edit change to 31745"},
-        {ParamLabel::Freqtb, "", "PWM frequency 1.26 kHz is stored as 31746, which a read and a write with no edit "
-                                 "change to 31745"}, // Cancel enters nothing new
+        {ParamLabel::Freqtb, "",
+         "PWM frequency 1.26 kHz is stored as 31746, which a read and a write with no edit "
+         "change to 31745"}, // Cancel enters nothing new
         {ParamLabel::Polestb, "12", ""},
     };
     for (const Case& c : cases) {

@@ -74,7 +74,7 @@ TEST(LiveDisplayWindow, LiveValuesGreyOnLinkLossAndRecoverOnTheNextMessage)
         r.debug.show();
         r.deliverAndShow(directWithPower(128));
         const std::vector<QWidget*> live{r.main.AxisPowertb[0], r.main.AxisRatetb[1], r.main.ElecAngletb[0],
-                                         r.main.Voltagetb,       r.main.Switchtb,     r.debug.DebugValuelb[0]};
+                                         r.main.Voltagetb,      r.main.Switchtb,      r.debug.DebugValuelb[0]};
         for (QWidget* w : live) EXPECT_EQ(textOf(w), c.text) << w->objectName().toStdString();
 
         r.comms.CommsTimeout_Timer(); // takes the count

@@ -27,10 +27,7 @@ namespace {
 
 struct Rig : ProgramRig {
     // The module answers with its memory: a direct 120 message of 60 bytes.
-    void answerMemory(const std::vector<uint8_t>& image)
-    {
-        port.deliver(buildFrame(120, image));
-    }
+    void answerMemory(const std::vector<uint8_t>& image) { port.deliver(buildFrame(120, image)); }
     std::string text(ParamLabel l, int m) { return main.label(l, m)->text().toStdString(); }
     void edit(ParamLabel l, const char* answer)
     {
@@ -50,8 +47,8 @@ std::vector<uint8_t> sampleImage()
         const int b = 30 * m;
         img[b + layout::PwmPeriod] = 208; // 2000 counts: 20 kHz
         img[b + layout::PwmPeriod + 1] = 7;
-        img[b + layout::PTerm] = 128;    // 128 counts = 100 %
-        img[b + layout::DriveRatio + 1] = 64; // 16384: 1:1
+        img[b + layout::PTerm] = 128;                               // 128 counts = 100 %
+        img[b + layout::DriveRatio + 1] = 64;                       // 16384: 1:1
         img[b + layout::AxisFlags] = static_cast<uint8_t>(130 + m); // Pan reversed / Off
         img[b + layout::Poles] = 14;
     }
@@ -63,7 +60,10 @@ std::vector<uint8_t> sampleImage()
 TEST(MainEntryWindow, CommsQualityShowsTheMessagesOfEachTickAsAPercentage)
 {
     Rig r;
-    struct Case { int good; const char* shown; };
+    struct Case {
+        int good;
+        const char* shown;
+    };
     for (const Case& c : {Case{49, "100%"}, {48, "96%"}, {0, "0%"}}) {
         for (int i = 0; i < c.good; ++i) r.main.PutMessageReceived(true);
         r.main.CommsQualityTmr_Timer();
@@ -104,7 +104,12 @@ TEST(MainEntryWindow, AReplyNobodyAskedForIsMarkedUntilTheNextReadOrWrite)
 {
     Rig r;
     std::vector<uint8_t> forged(60, 0x11), relayed(32, 0x22);
-    struct Step { const char* what; std::function<void()> act; bool marked; const char* status; };
+    struct Step {
+        const char* what;
+        std::function<void()> act;
+        bool marked;
+        const char* status;
+    };
     const Step steps[] = {
         {"a reply with no request", [&] { r.answerMemory(forged); }, true, "OK"},
         {"Read", [&] { r.main.ReadConfigcb_Click(); }, false, "Reading ..."},
@@ -113,7 +118,12 @@ TEST(MainEntryWindow, AReplyNobodyAskedForIsMarkedUntilTheNextReadOrWrite)
         {"Write", [&] { r.main.WriteConfigcb_Click(); }, false, "Writing ..."},
         {"the time-out", [&] { r.main.MemReqTimer_Timer(); }, false, " Timed out"},
         {"a relayed reply after it", [&] { r.port.deliver(buildFrame(137, relayed)); }, true, "OK"},
-        {"a short reply after a read", [&] { r.main.ReadConfigcb_Click(); r.answerMemory({1, 2}); }, false, "Reading ..."},
+        {"a short reply after a read",
+         [&] {
+             r.main.ReadConfigcb_Click();
+             r.answerMemory({1, 2});
+         },
+         false, "Reading ..."},
     };
     for (const Step& step : steps) {
         step.act();
@@ -332,7 +342,8 @@ TEST(MainEntryWindow, SaveAndLoadBackupFiles)
     r.dialogs.files.push_back(path);
     r.main.SaveConfigcb_Click();
     EXPECT_EQ(r.main.windowTitle(), "KDX Tool - pan.kdx");
-    EXPECT_EQ(r.dialogs.fileRequests.back().filter, "Two-Axis Brushless Driver Files (*.kdx)|*.kdx|All Files (*.*)|*.*");
+    EXPECT_EQ(r.dialogs.fileRequests.back().filter,
+              "Two-Axis Brushless Driver Files (*.kdx)|*.kdx|All Files (*.*)|*.*");
     EXPECT_EQ(r.dialogs.fileRequests.back().fileName, "Wibbly.kdx");
     std::ifstream in(path, std::ios::binary);
     const std::string bytes((std::istreambuf_iterator<char>(in)), {});

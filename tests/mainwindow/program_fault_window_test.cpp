@@ -94,8 +94,9 @@ TEST(ProgramFaultWindow, BootloaderRestartWarnsAsWrittenAndTelemetryResumesByIts
                 EXPECT_EQ(p.dialogs.boxes.size(), boxesBefore);
             } else {
                 ASSERT_EQ(p.dialogs.boxes.size(), boxesBefore + 1);
-                EXPECT_EQ(p.dialogs.boxes.back().prompt,
-                          "Warning : Modified gain settings were being used which have not been written to the module.");
+                EXPECT_EQ(
+                    p.dialogs.boxes.back().prompt,
+                    "Warning : Modified gain settings were being used which have not been written to the module.");
                 EXPECT_EQ(p.dialogs.boxes.back().title, "KDX Disconnected");
                 EXPECT_EQ(p.dialogs.boxes.back().style, box::Critical);
             }

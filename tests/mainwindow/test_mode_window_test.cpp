@@ -80,7 +80,9 @@ TEST(TestModeWindow, ButtonsAndTimerDriveTheTestCommand)
     r.answer("50", &MainEntry::TestPtb_Click);
     using Act = std::function<void(Rig&)>;
     const auto dir = [](int m) -> Act { return [m](Rig& g) { QTest::mouseClick(g.main.Testcb[m], Qt::LeftButton); }; };
-    const auto off = [](int m) -> Act { return [m](Rig& g) { QTest::mouseClick(g.main.TestOffcb[m], Qt::LeftButton); }; };
+    const auto off = [](int m) -> Act {
+        return [m](Rig& g) { QTest::mouseClick(g.main.TestOffcb[m], Qt::LeftButton); };
+    };
     struct Step {
         Act act;
         std::array<bool, 4> lit; // green: Testcb(0), TestOffcb(0), Testcb(1), TestOffcb(1)
@@ -122,9 +124,9 @@ TEST(TestModeWindow, PowerAndRatePromptsDropOutOfRangeAnswers)
         const char* shown;
     };
     const Case cases[] = {
-        {true, "100", "30.00", "100%"}, {true, "100.5", "100.00", "100%"}, {true, "-1", "100.00", "100%"},
+        {true, "100", "30.00", "100%"},  {true, "100.5", "100.00", "100%"}, {true, "-1", "100.00", "100%"},
         {true, "12.5", "100.00", "13%"}, {true, "", "12.50", "13%"}, // Cancel keeps the value
-        {false, "256", "8.00", "8"},     {false, "255", "8.00", "255"}, {false, "abc", "255.00", "0"},
+        {false, "256", "8.00", "8"},     {false, "255", "8.00", "255"},     {false, "abc", "255.00", "0"},
     };
     for (const Case& c : cases) {
         r.answer(c.answer, c.power ? &MainEntry::TestPtb_Click : &MainEntry::TestRatetb_Click);
@@ -195,9 +197,11 @@ TEST(TestModeWindow, DebugBytesReachTheDisplayAndTheLogWhenAsked)
         r.logging.StopLog_Click();
         std::ifstream in(path, std::ios::binary);
         const std::string file((std::istreambuf_iterator<char>(in)), {});
-        EXPECT_EQ(file, logged ? header + ",Msg Counter,HSL Flags,Gimbal Tilt,Loop Time,IMU Errors,Gyro Temp,Reset Cause\r\n" +
-                                     line + ",1,2,3,250,128,0,77\r\n"
-                               : header + "\r\n" + line + "\r\n");
+        EXPECT_EQ(file, logged
+                            ? header +
+                                  ",Msg Counter,HSL Flags,Gimbal Tilt,Loop Time,IMU Errors,Gyro Temp,Reset Cause\r\n" +
+                                  line + ",1,2,3,250,128,0,77\r\n"
+                            : header + "\r\n" + line + "\r\n");
     }
 }
 
@@ -215,21 +219,23 @@ TEST(TestModeWindow, MotorOnePanelsFollowTheConfigurationBitsAndSetTheWidth)
         int width; // 0: narrower than both motors' width
     };
     const Step steps[] = {
-        {direct(0), true, wide},  {direct(8), false, 0},  {direct(2), true, wide},
-        {[](Rig& g) { g.relayed(); }, false, 0},           {direct(10), false, 0},
+        {direct(0), true, wide},
+        {direct(8), false, 0},
+        {direct(2), true, wide},
+        {[](Rig& g) { g.relayed(); }, false, 0},
+        {direct(10), false, 0},
         {direct(0), true, wide},
         {[](Rig& g) { g.main.resize(900, g.main.height()); }, true, 900}, // the user's width
-        {direct(0), true, 900},   {direct(8), false, 0},
+        {direct(0), true, 900},
+        {direct(8), false, 0},
     };
     int n = 0;
     for (const Step& s : steps) {
         s.act(r);
         EXPECT_EQ(r.main.MotorConfigfr[1]->isVisible(), s.shown) << "step " << n;
         EXPECT_EQ(r.main.MotorValuesfr[1]->isVisible(), s.shown) << "step " << n;
-        if (s.width)
-            EXPECT_EQ(r.main.width(), s.width) << "step " << n;
-        else
-            EXPECT_LT(r.main.width(), wide * 3 / 4) << "step " << n;
+        if (s.width) EXPECT_EQ(r.main.width(), s.width) << "step " << n;
+        else EXPECT_LT(r.main.width(), wide * 3 / 4) << "step " << n;
         ++n;
     }
 }

@@ -54,8 +54,7 @@ TEST(HandlerGuard, HostErrorsAreSilentAndOtherFaultsAreReportedByHandlerName)
         EXPECT_EQ(after, 0) << c.handler << ": the rest of the handler is abandoned";
         if (*c.warning == '\0')
             EXPECT_TRUE(g_warnings.empty()) << c.handler << ": " << (g_warnings.empty() ? "" : g_warnings[0]);
-        else
-            EXPECT_EQ(g_warnings, std::vector<std::string>{c.warning}) << c.handler;
+        else EXPECT_EQ(g_warnings, std::vector<std::string>{c.warning}) << c.handler;
     }
     qInstallMessageHandler(previous);
 }

@@ -92,7 +92,9 @@ TEST(SimProtocol, RequestsAreAnsweredAsAModuleWould)
     };
     const std::vector<Case> cases = {
         {"direct read", false, {buildFrame(112, {})}, {{120, defaultImage()}}},
-        {"write answered with the new contents", false, {buildFrame(113, written), buildFrame(112, {})},
+        {"write answered with the new contents",
+         false,
+         {buildFrame(113, written), buildFrame(112, {})},
          {{120, written}, {120, written}}},
         {"bad checksum", false, {badSum}, {}},
         {"inverted checksum", false, {buildFrame(112, {}, true)}, {}},
@@ -101,7 +103,9 @@ TEST(SimProtocol, RequestsAreAnsweredAsAModuleWould)
         {"unknown identifier", false, {buildFrame(200, {1, 2})}, {}},
         {"relayed read is not for a KDX", false, {buildFrame(130, {128})}, {}},
         {"relayed read of pan", true, {buildFrame(130, {130})}, {{138, withVersion(block(2))}}},
-        {"relayed write of roll touches only roll", true, {buildFrame(130, prefixed(132, rollWrite)), buildFrame(130, {128})},
+        {"relayed write of roll touches only roll",
+         true,
+         {buildFrame(130, prefixed(132, rollWrite)), buildFrame(130, {128})},
          {{137, withVersion(rollWrite)}, {136, withVersion(block(0))}}},
         {"direct read is not for a Q-Vane", true, {buildFrame(112, {})}, {}},
         {"relayed read with a bad checksum", true, {badRelayed}, {}},
@@ -148,8 +152,8 @@ TEST(SimProtocol, TestCommandsDriveTheMotors)
         bool qvane;
         int axis, entry; // model axis; telemetry entry
         Bytes frame;
-        int activeBit;   // flag bit reporting the test drive
-        bool turns;      // direction test, else released
+        int activeBit; // flag bit reporting the test drive
+        bool turns;    // direction test, else released
     };
     const std::vector<Case> cases = {
         {"direct direction, motor 1", false, 1, 1, buildFrame(116, {2, 200, 128}), 0x20, true},

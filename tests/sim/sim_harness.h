@@ -15,7 +15,7 @@
 namespace kdx::sim::test {
 
 struct Telemetry {
-    double t = 0;  // simulated time of arrival
+    double t = 0; // simulated time of arrival
     int id = 0, axis = -1, flags = 0, configBits = -1, major = -1, minor = -1;
     std::array<float, 2> rate{}, error{}, p{}, power{}, angle{};
     float volts = 0;
@@ -83,7 +83,10 @@ public:
 
     void send(int id, const std::vector<uint8_t>& payload) { sim.consume(buildFrame(id, payload)); }
     void sendRaw(const std::vector<uint8_t>& bytes) { sim.consume(bytes); }
-    void run(double seconds) { runSending(seconds, 1e9, [] {}); }
+    void run(double seconds)
+    {
+        runSending(seconds, 1e9, [] {});
+    }
     // Runs on in 10 ms steps, calling `send` at once and then every `period` seconds
     // (the tool's timers: the gain message every 40 ms, the test command every 100 ms).
     template <typename F>
@@ -168,8 +171,10 @@ struct Axis {
     bool qvane;
     int index; // motor (direct) or axis (Q-Vane)
 };
-inline constexpr Axis kAxes[] = {{"direct motor 0 (tilt)", false, 0}, {"direct motor 1 (roll)", false, 1},
-                                 {"Q-Vane tilt", true, 0},           {"Q-Vane roll", true, 1},
+inline constexpr Axis kAxes[] = {{"direct motor 0 (tilt)", false, 0},
+                                 {"direct motor 1 (roll)", false, 1},
+                                 {"Q-Vane tilt", true, 0},
+                                 {"Q-Vane roll", true, 1},
                                  {"Q-Vane pan", true, 2}};
 
 struct Trace {

@@ -112,7 +112,7 @@ int main(int argc, char** argv)
     }
 
     // The whole program on the fakes, wired as kdxtool's main() wires it.
-    test::ProgramRig rig; // on simulated time
+    test::ProgramRig rig;                 // on simulated time
     rig.dialogs.failOnUnexpected = false; // every box is counted and fails the run below
     GraphWin& graph = rig.graph;
     TelemetrySetup& logging = rig.logging;
@@ -135,8 +135,8 @@ int main(int argc, char** argv)
     // The timers below run on simulated time only; their real counterparts stay stopped,
     // or a tick of the wall clock would land between two simulated ones.
     auto holdTheRealTimers = [&] {
-        for (QTimer* t : {rig.comms.CommsTimeout, rig.comms.Comms2Timeout, rig.main.CommsQualityTmr,
-                          graph.GainMsgTmr, logging.FlushTimer, rig.program.statusBar.refreshTimer})
+        for (QTimer* t : {rig.comms.CommsTimeout, rig.comms.Comms2Timeout, rig.main.CommsQualityTmr, graph.GainMsgTmr,
+                          logging.FlushTimer, rig.program.statusBar.refreshTimer})
             t->stop();
     };
     for (long long step = 1; step <= steps; ++step) {
@@ -181,8 +181,8 @@ int main(int argc, char** argv)
             heapByMinute.push_back(heapMegabytes());
         }
         if (ms % 600000 == 0)
-            std::printf("soak: %3lld simulated minutes, resident %.1f MB, heap %.2f MB, %d log lines\n",
-                        ms / 60000, residentMegabytes(), heapMegabytes(), logging.log().LinesLogged());
+            std::printf("soak: %3lld simulated minutes, resident %.1f MB, heap %.2f MB, %d log lines\n", ms / 60000,
+                        residentMegabytes(), heapMegabytes(), logging.log().LinesLogged());
     }
     holdTheRealTimers();
     QCoreApplication::processEvents();
@@ -200,8 +200,8 @@ int main(int argc, char** argv)
                 static_cast<unsigned long long>(rig.comms.receiver().badMessages), lines,
                 static_cast<double>(logBytes) / (1024.0 * 1024.0), rig.dialogs.boxes.size());
     std::printf("soak: %d paints of the graph, %d of motor 0's rate label\n", graphPaints.paints, ratePaints.paints);
-    std::printf("soak: resident memory %.1f MB after the first minute, %.1f MB at the end: %+.2f MB\n",
-                rssByMinute[1], rssEnd, rssEnd - rssByMinute[1]);
+    std::printf("soak: resident memory %.1f MB after the first minute, %.1f MB at the end: %+.2f MB\n", rssByMinute[1],
+                rssEnd, rssEnd - rssByMinute[1]);
     const int half = minutes / 2;
     const double rssTrend = trendPerHour(rssByMinute, half);
     const double heapTrend = trendPerHour(heapByMinute, half);

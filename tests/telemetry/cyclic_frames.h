@@ -26,8 +26,14 @@ public:
     CyclicBytes& word(int at, int value) { return byte(at, value & 255).byte(at + 1, (value >> 8) & 255); }
     CyclicBytes& motor(int at, const RawMotor& m)
     {
-        return word(at, m.rate).word(at + 2, m.error).word(at + 4, m.p).word(at + 6, m.i).word(at + 8, m.d)
-            .word(at + 10, m.elec).byte(at + 12, m.power).word(at + 13, m.angle);
+        return word(at, m.rate)
+            .word(at + 2, m.error)
+            .word(at + 4, m.p)
+            .word(at + 6, m.i)
+            .word(at + 8, m.d)
+            .word(at + 10, m.elec)
+            .byte(at + 12, m.power)
+            .word(at + 13, m.angle);
     }
     // As the receiver hands it on; the checksum byte is left 0.
     MsgView view()
@@ -48,13 +54,20 @@ private:
 // Samples whose values exercise rounding and signs, and the log text they give.
 inline CyclicBytes directSample()
 {
-    return CyclicBytes::direct().motor(2, {-300, 64, 100, -1, 0, 16, 128, 0})
-        .motor(17, {-32768, 32767, 3, -3, 1, -32, 255, 0}).byte(36, 100).word(32, 3085);
+    return CyclicBytes::direct()
+        .motor(2, {-300, 64, 100, -1, 0, 16, 128, 0})
+        .motor(17, {-32768, 32767, 3, -3, 1, -32, 255, 0})
+        .byte(36, 100)
+        .word(32, 3085);
 }
 inline CyclicBytes relayedSample(int axis)
 {
-    return CyclicBytes::relayed().byte(2, axis).motor(3, {128, -64, 640, 0, 32, 320, 64, 0}).byte(21, 45)
-        .word(22, 12800).word(18, 2816);
+    return CyclicBytes::relayed()
+        .byte(2, axis)
+        .motor(3, {128, -64, 640, 0, 32, 320, 64, 0})
+        .byte(21, 45)
+        .word(22, 12800)
+        .word(18, 2816);
 }
 
 constexpr const char* kDirectHeader =

@@ -30,7 +30,13 @@ TEST(CyclicTelemetry, FieldsOutsideTheLog)
 
 TEST(CyclicTelemetry, FlagBitsOfBothLayouts)
 {
-    struct Case { const char* name; bool relayed; int axis, flags, switches; bool td0, td1, selected; std::array<bool, 3> valid; };
+    struct Case {
+        const char* name;
+        bool relayed;
+        int axis, flags, switches;
+        bool td0, td1, selected;
+        std::array<bool, 3> valid;
+    };
     const Case cases[] = {
         {"direct switches", false, 0, 0x0F, 15, false, false, false, {}},
         {"direct test drive 0", false, 0, 0x10, 0, true, false, false, {}},
@@ -44,7 +50,8 @@ TEST(CyclicTelemetry, FlagBitsOfBothLayouts)
         {"relayed test drive is bit 7", true, 0, 0x85, 5, true, false, false, {}},
     };
     for (const Case& c : cases) {
-        auto m = c.relayed ? CyclicBytes::relayed().byte(2, c.axis).byte(20, c.flags) : CyclicBytes::direct().byte(34, c.flags);
+        auto m = c.relayed ? CyclicBytes::relayed().byte(2, c.axis).byte(20, c.flags)
+                           : CyclicBytes::direct().byte(34, c.flags);
         const CyclicTelemetry t = c.relayed ? decodeCyclicQvaneMsg(m.view()) : decodeCyclicMsg(m.view());
         EXPECT_EQ(t.SwitchBits, c.switches) << c.name;
         EXPECT_EQ(t.motor[0].TestDriveActive, c.td0) << c.name;
@@ -61,13 +68,17 @@ TEST(CyclicTelemetry, LiveValuesKeepWhatAMessageDoesNotCarry)
     EXPECT_EQ(live.motor[0].LoggedAngle + live.motor[1].AxisRate, 110.0f); // motor 1 stays
     EXPECT_EQ(live.MotorConfigBits * 100 + live.VersionMajor, 201);        // and so do these
     applyDecoded(live, decodeCyclicMsg(CyclicBytes::direct().view()));
-    EXPECT_EQ(live.InputValid, (std::array<bool, 3>{true, true, true}));   // validities stay
+    EXPECT_EQ(live.InputValid, (std::array<bool, 3>{true, true, true})); // validities stay
     EXPECT_EQ(live.QVaneAxis + live.TargetIsQVane, 3);
 }
 
 TEST(CyclicTelemetry, ShortMessagesAndBadAxesAreRejectedWhole)
 {
-    struct Case { const char* name; CyclicBytes msg; bool decodes; };
+    struct Case {
+        const char* name;
+        CyclicBytes msg;
+        bool decodes;
+    };
     Case cases[] = {
         {"direct without its checksum byte reads it as the minor version", CyclicBytes::direct(47), true},
         {"direct missing the minor version", CyclicBytes::direct(46), false},

@@ -23,8 +23,8 @@ TEST(DebugBytes, LogColumnsAreDecimalAndMatchTheHeaderInBothModes)
     appendDebugValues(values, {1, 15, 255, 100, 10, 99, 0});
     EXPECT_EQ(values, "1,15,255,100,10,99,0");
     for (bool relayed : {false, true}) {
-        const CyclicTelemetry t = relayed ? decodeCyclicQvaneMsg(relayedSample(1).view())
-                                          : decodeCyclicMsg(directSample().view());
+        const CyclicTelemetry t =
+            relayed ? decodeCyclicQvaneMsg(relayedSample(1).view()) : decodeCyclicMsg(directSample().view());
         std::string line;
         appendTelemetryLogLine(line, t, values);
         EXPECT_EQ(columns(telemetryFileTitles(relayed, titles)), columns(line)) << relayed;
@@ -35,7 +35,10 @@ TEST(DebugBytes, LogColumnsAreDecimalAndMatchTheHeaderInBothModes)
 
 TEST(DebugBytes, CaptionsShowDecimalAndTwoDigitHex)
 {
-    struct Case { uint8_t value; const char* caption; };
+    struct Case {
+        uint8_t value;
+        const char* caption;
+    };
     for (const Case& c : {Case{0, "0 (0x00)"}, {15, "15 (0x0F)"}, {63, "63 (0x3F)"}, {255, "255 (0xFF)"}})
         EXPECT_EQ(debugValueCaption(c.value), c.caption);
 }

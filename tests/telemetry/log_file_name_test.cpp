@@ -21,14 +21,18 @@ TEST(LogFileName, NextNumbersRunOneToNineThenLetters)
 
 TEST(LogFileName, NextAndChangeActOnTheFileNameOnly)
 {
-    struct Case { const char* before; const char* after; const char* last; };
+    struct Case {
+        const char* before;
+        const char* after;
+        const char* last;
+    };
     for (const Case& c : {
              Case{"/home/ann/logs.2024/Run9.csv", "/home/ann/logs.2024/RunA.csv", "A"},
              {"D:\\Logs.old\\v1.2\\RunZ.csv", "D:\\Logs.old\\v1.2\\Run[.csv", "["},
              {"Run5.old.csv", "Run6.old.csv", "6"},
-             {"/data/v2.1/Run", "/data/v2.1/Ruo", "o"},     // no extension: the last character
-             {"/tmp/.log", "/tmp/.loh", "h"},               // a leading dot belongs to the name
-             {"/tmp/Run[.csv", "/tmp/Run].csv", "]"},       // never becomes a folder separator
+             {"/data/v2.1/Run", "/data/v2.1/Ruo", "o"},                      // no extension: the last character
+             {"/tmp/.log", "/tmp/.loh", "h"},                                // a leading dot belongs to the name
+             {"/tmp/Run[.csv", "/tmp/Run].csv", "]"},                        // never becomes a folder separator
              {"/tmp/Lauf\xC3\xA9.csv", "/tmp/Lauf\xC3\xAA.csv", "\xC3\xAA"}, // a character, not a byte
          }) {
         std::string caption = c.before, last = "0";
@@ -40,7 +44,10 @@ TEST(LogFileName, NextAndChangeActOnTheFileNameOnly)
         EXPECT_FALSE(NextLogFileName(caption, last)) << noName;
         EXPECT_EQ(caption + last, std::string(noName) + "0");
     }
-    struct Chosen { const char* chosen; const char* caption; };
+    struct Chosen {
+        const char* chosen;
+        const char* caption;
+    };
     for (const Chosen& c : {Chosen{"/home/ann/Run", "/home/ann/Run.csv"},
                             {"/home/ann/logs.2024/Run", "/home/ann/logs.2024/Run.csv"},
                             {"D:\\Logs.old\\Test", "D:\\Logs.old\\Test.csv"},

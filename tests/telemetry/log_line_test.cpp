@@ -20,8 +20,9 @@ TEST(LogLine, HeaderLines)
     EXPECT_EQ(telemetryFileTitles(false, "HSL Flags,Gimbal Tilt"),
               "AxisRate0,AxisError0,Pcomp0,Icomp0,Dcomp0,ExtGain0%,ElecAngle0,Power0%,AxisRate1,AxisError1,"
               "Pcomp1,Icomp1,Dcomp1,ExtGain1%,ElecAngle1,Power1%,Voltage,HSL Flags,Gimbal Tilt\r\n");
-    EXPECT_EQ(telemetryFileTitles(true, "HSL Flags"),
-              "Axis,AxisID,AxisAngle,AxisRate,AxisError,Pcomp,Icomp,Dcomp,ExtGain%,ElecAngle,Power%,Voltage,HSL Flags\r\n");
+    EXPECT_EQ(
+        telemetryFileTitles(true, "HSL Flags"),
+        "Axis,AxisID,AxisAngle,AxisRate,AxisError,Pcomp,Icomp,Dcomp,ExtGain%,ElecAngle,Power%,Voltage,HSL Flags\r\n");
 }
 
 TEST(LogLine, DataLines)
@@ -30,7 +31,12 @@ TEST(LogLine, DataLines)
     CyclicTelemetry noAxis = relayed(0);
     noAxis.QVaneAxis = 3;
     const std::string rl = kRelayedSampleLine;
-    struct Case { const char* name; CyclicTelemetry t; std::optional<std::string_view> debug; std::string line; };
+    struct Case {
+        const char* name;
+        CyclicTelemetry t;
+        std::optional<std::string_view> debug;
+        std::string line;
+    };
     const Case cases[] = {
         {"direct", decodeCyclicMsg(directSample().view()), std::nullopt, kDirectSampleLine},
         {"direct with debug", decodeCyclicMsg(directSample().view()), "1,2,3",
@@ -61,7 +67,8 @@ TEST(LogLine, FastFormattingMatchesTheHostFormatter)
             std::string fast;
             appendFixed(fast, v, d);
             const std::string host = Format(v, patterns[d]);
-            if (fast != host && ++mismatches <= 5) ADD_FAILURE() << v << " " << patterns[d] << ": " << fast << " vs " << host;
+            if (fast != host && ++mismatches <= 5)
+                ADD_FAILURE() << v << " " << patterns[d] << ": " << fast << " vs " << host;
         }
     };
     for (int w = 0; w < 65536; ++w) {

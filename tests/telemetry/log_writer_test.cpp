@@ -36,8 +36,8 @@ protected:
     void TearDown() override { fs::remove_all(dir_); }
     std::string path(const char* name) const { return (dir_ / name).string(); }
 
-    fs::path dir_ = fs::temp_directory_path() /
-                    ("kdx_log_" + std::to_string(::getpid()) + ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::path dir_ = fs::temp_directory_path() / ("kdx_log_" + std::to_string(::getpid()) +
+                                                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
     ManualClock clock_{100'000'000'000};
     LogWriter w_{clock_};
 };
@@ -80,11 +80,17 @@ TEST_F(LogWriterTest, BufferedLinesReachTheDiskWithinHalfASecond)
 {
     const std::string p = path("Run1.csv");
     ASSERT_EQ(w_.Start(p, kHeader), std::nullopt);
-    struct Step { double at; bool put; int linesOnDisk; };
+    struct Step {
+        double at;
+        bool put;
+        int linesOnDisk;
+    };
     int n = 0;
-    for (const Step& s : {Step{100.00, true, 0}, {100.30, true, 0},
-                          {100.49, false, 0},  // a timer tick: the first line is not yet half a second old
-                          {100.50, false, 2}, {100.60, true, 2},
+    for (const Step& s : {Step{100.00, true, 0},
+                          {100.30, true, 0},
+                          {100.49, false, 0}, // a timer tick: the first line is not yet half a second old
+                          {100.50, false, 2},
+                          {100.60, true, 2},
                           {101.20, true, 4}}) { // a line that comes late goes out with the one before
         clock_.setSeconds(s.at);
         if (s.put) w_.PutStringToLog(line(++n));
@@ -98,7 +104,9 @@ TEST_F(LogWriterTest, BufferedLinesReachTheDiskWithinHalfASecond)
 TEST_F(LogWriterTest, OpenFailuresAreReportedAndNothingLogs)
 {
     fs::create_directories(dir_ / "a folder");
-    struct Case { std::string path, message; };
+    struct Case {
+        std::string path, message;
+    };
     std::vector<Case> cases = {{path("no such folder/Run1.csv"), "No such file or directory"},
                                {path("a folder"), "Is a directory"}};
     if (fs::is_character_file("/dev/full")) cases.push_back({"/dev/full", "No space left on device"}); // header fails

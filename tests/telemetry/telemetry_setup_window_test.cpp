@@ -12,7 +12,6 @@
 #include <fstream>
 #include <iterator>
 
-
 using namespace kdx;
 using namespace kdx::test;
 
@@ -70,7 +69,10 @@ TEST(TelemetrySetupWindow, StartReplacesTheFilePauseDropsLinesStartResumes)
     std::string mode = "Axis,AxisID\r\n";
     r.win.setHeaderProvider([&] { return mode; });
     r.choose(p);
-    struct Step { void (TelemetrySetup::*click)(); bool startGreen, pauseGreen; };
+    struct Step {
+        void (TelemetrySetup::*click)();
+        bool startGreen, pauseGreen;
+    };
     const Step steps[] = {{&TelemetrySetup::StartLog_Click, true, false},
                           {&TelemetrySetup::PauseLog_Click, false, true},
                           {&TelemetrySetup::StartLog_Click, true, false}};
@@ -91,7 +93,10 @@ TEST(TelemetrySetupWindow, StartReplacesTheFilePauseDropsLinesStartResumes)
 
 TEST(TelemetrySetupWindow, StopAdvancesTheNameSoTheNextLogIsANewFile)
 {
-    struct Case { const char* first; const char* next; };
+    struct Case {
+        const char* first;
+        const char* next;
+    };
     for (const Case& c : {Case{"Run1.csv", "Run2.csv"}, {"Run9.csv", "RunA.csv"}, {"RunZ.log", "Run[.log"}}) {
         Rig r;
         r.choose(r.path(c.first));
@@ -111,7 +116,10 @@ TEST(TelemetrySetupWindow, LogEventsShowsTheCountEveryTenthLine)
     Rig r;
     r.choose(r.path("Run1.csv"));
     r.win.StartLog_Click();
-    struct Case { int lines; const char* shown; };
+    struct Case {
+        int lines;
+        const char* shown;
+    };
     int sent = 0;
     for (const Case& c : {Case{0, " 0"}, {9, " 0"}, {10, " 10"}, {19, " 10"}, {20, " 20"}}) {
         while (sent < c.lines) r.win.PutStringToLog(line(++sent));
@@ -122,7 +130,10 @@ TEST(TelemetrySetupWindow, LogEventsShowsTheCountEveryTenthLine)
 TEST(TelemetrySetupWindow, ChangeTakesTheChosenNameAndAddsCsvWithoutAnExtension)
 {
     Rig r;
-    struct Case { std::optional<std::string> chosen; std::string shown; };
+    struct Case {
+        std::optional<std::string> chosen;
+        std::string shown;
+    };
     const Case cases[] = {{r.path("flight"), r.path("flight.csv")},
                           {r.path("flight.txt"), r.path("flight.txt")},
                           {r.path("v1.2/flight"), r.path("v1.2/flight.csv")},

@@ -58,14 +58,20 @@ TEST(GainPanel, StepsClampAtTheProgramsOwnLimits)
 
 TEST(GainPanel, EntryDialogAcceptsInRangeRepliesAndRoundsOnAnEmptyOne)
 {
-    struct Case { Gain gain; float current; const char* reply; float expected; const char* proposed; };
+    struct Case {
+        Gain gain;
+        float current;
+        const char* reply;
+        float expected;
+        const char* proposed;
+    };
     const Case cases[] = {
-        {Gain::IA, 3.5f, "", 4, "4.0"},       // kept: an empty reply rounds to a whole number
+        {Gain::IA, 3.5f, "", 4, "4.0"}, // kept: an empty reply rounds to a whole number
         {Gain::V1, 12.5f, "", 12, "12.0"},
         {Gain::P, 100, "12800", 100, "100.0"}, // out of range: dropped silently
         {Gain::P, 100, "-12800", -12800, "100.0"},
         {Gain::I, 20, "-500 units", -500, "20.0"},
-        {Gain::V2, 20, "abc", 0, "20.0"},     // no number reads 0, which is in range
+        {Gain::V2, 20, "abc", 0, "20.0"}, // no number reads 0, which is in range
         {Gain::IA, 2, "15.94", 2, "2.0"},
         {Gain::G, 100, "12700", 12700, "100.0"},
     };
@@ -105,7 +111,7 @@ TEST(GainPanel, MemoriesStoreUndoAndRecall)
     r->keys.shift = true;
     g.MemStorecb_Click(1); // nothing stored yet: undo does nothing
     EXPECT_EQ(g.memory(1).marker, 0.0f);
-    g.MemReccb_Click(1);   // empty slot: no recall
+    g.MemReccb_Click(1); // empty slot: no recall
     r->keys.shift = false;
     g.MemStorecb_Click(1);
     EXPECT_EQ(g.faces().MemStorecb[1], colours::Green);

@@ -7,9 +7,18 @@ using namespace kdx::test;
 
 TEST(GraphRenderer, YRangesAreSymmetricAtLeastOneAndAsWideAsTheLargerEnd)
 {
-    struct Case { double min; float max; int axis; double lo; float hi; };
-    for (const Case& c : {Case{0, 0.5f, 0, -1, 1}, {-5, 3, 0, -5, 5}, {2, 10, 1, -10, 10},
-                          {-0.2, 0.3f, 1, -1, 1}, {-7.5, 7.5f, 0, -7.5, 7.5f},
+    struct Case {
+        double min;
+        float max;
+        int axis;
+        double lo;
+        float hi;
+    };
+    for (const Case& c : {Case{0, 0.5f, 0, -1, 1},
+                          {-5, 3, 0, -5, 5},
+                          {2, 10, 1, -10, 10},
+                          {-0.2, 0.3f, 1, -1, 1},
+                          {-7.5, 7.5f, 0, -7.5, 7.5f},
                           {5, 3, 0, -3, 3} /* an empty automatic pass */}) {
         Rig r;
         r.gr().PutYAxisMinMax(c.min, c.max, c.axis);
@@ -28,8 +37,8 @@ TEST(GraphRenderer, LabelsShowNineValuesInTenthsUntilAutoScalingFindsLargeValues
         for (const AxisLabel& l : r.canvas.labels[axis]) out.push_back(l.text);
         return out;
     };
-    EXPECT_EQ(texts(0), (std::vector<std::string>{"24.0", "18.0", "12.0", "6.0", "0.0", "-6.0",
-                                                  "-12.0", "-18.0", "-24.0"}));
+    EXPECT_EQ(texts(0),
+              (std::vector<std::string>{"24.0", "18.0", "12.0", "6.0", "0.0", "-6.0", "-12.0", "-18.0", "-24.0"}));
     EXPECT_DOUBLE_EQ(r.canvas.labels[0][4].y, 300) << "the zero label is level with the middle line";
 
     r.cap().TraceDurationcb_Click(0);
@@ -49,7 +58,10 @@ TEST(GraphRenderer, TheMiddleLabelOfAnAutoScaledNegativeChannelIsAPlainZero)
     // A channel that never goes above zero: the range is its minimum less a 30 % margin,
     // mirrored; after the 32-bit rounding of the maximum it must still be exactly
     // symmetric, or the zero label reads "-0.0".
-    struct Case { float error; const char* top; };
+    struct Case {
+        float error;
+        const char* top;
+    };
     for (const Case& c : {Case{-1.1f, "1.0"}, {-2.0f, "1.8"}, {-4.3f, "4.0"}}) {
         Rig r;
         r.cap().TraceDurationcb_Click(0);
@@ -63,7 +75,10 @@ TEST(GraphRenderer, TheMiddleLabelOfAnAutoScaledNegativeChannelIsAPlainZero)
 
 TEST(GraphRenderer, ValuesOutsideTheRangeRunFortyUnitsInsideTheEdge)
 {
-    struct Case { double value; double y; };
+    struct Case {
+        double value;
+        double y;
+    };
     const double inset = 40.0 / 15.0; // 40 picture units on a pixel canvas
     for (const Case& c : {Case{1e6, inset}, {-1e6, 600 - inset}, {29.99, inset}, {15, 150}, {0, 300}}) {
         Rig r;
@@ -82,7 +97,11 @@ TEST(GraphRenderer, ValuesOutsideTheRangeRunFortyUnitsInsideTheEdge)
 
 TEST(GraphRenderer, OneVerticalGridLinePerSecondWithTheMiddleOneBright)
 {
-    struct Case { int duration; int lines; int bright; };
+    struct Case {
+        int duration;
+        int lines;
+        int bright;
+    };
     for (const Case& c : {Case{0, 4, 2}, {1, 10, 5}, {2, 30, 15}, {3, 60, 30}}) {
         Rig r;
         r.cap().TraceDurationcb_Click(c.duration); // redraws
@@ -101,8 +120,7 @@ TEST(GraphRenderer, OneVerticalGridLinePerSecondWithTheMiddleOneBright)
             EXPECT_NEAR(vertical[i - 1]->x0, 1200.0 * i / c.lines, 1e-3);
             EXPECT_EQ(vertical[i - 1]->colour == graph_colour::GridBright, i == c.bright) << i;
         }
-        for (int i = 1; i <= 10; ++i)
-            EXPECT_EQ(horizontal[i - 1]->colour == graph_colour::GridBright, i == 5) << i;
+        for (int i = 1; i <= 10; ++i) EXPECT_EQ(horizontal[i - 1]->colour == graph_colour::GridBright, i == 5) << i;
     }
 }
 

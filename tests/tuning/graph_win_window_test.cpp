@@ -98,15 +98,21 @@ TEST(GraphWinWindow, ControlsCarryTheSystemsNamesCaptionsAndTips)
 {
     Rig r;
     EXPECT_EQ(r.win->windowTitle(), "Tuning Display");
-    struct Case { const char* name; const char* caption; const char* tip; };
+    struct Case {
+        const char* name;
+        const char* caption;
+        const char* tip;
+    };
     const Case cases[] = {
         {"RepeatTrigcb", "Repeat", "The trace will trigger continuously"},
         {"StopTracecb", "STOP", "Stops the trace immediately"},
         {"Trace60scb", "60s", "One trace shows 60s of data"},
-        {"DisplayClearcb", "On", "When on, the display is cleared after each sweep. When off, it is like a circular buffer."},
+        {"DisplayClearcb", "On",
+         "When on, the display is cleared after each sweep. When off, it is like a circular buffer."},
         {"Enablecb", "Enab", "When green, the KDX will use these settings instead of the config settings"},
         {"FullWidthcb", nullptr, "Expand the graph for the full width of the screen"},
-        {"MemReccb0", "Recall", "Recalls the temporary memory gain settings. Goes green when memory matches the current gain settings."},
+        {"MemReccb0", "Recall",
+         "Recalls the temporary memory gain settings. Goes green when memory matches the current gain settings."},
         {"SaveGaincb", "Update Config", "Write these settings to the main config window"},
         {"MotorSelcb1", nullptr, "Select motor #2"},
         {"LoadTracecb", "Load", "Loads a display file for viewing. The Gain settings are also loaded into Memory #1."},
@@ -233,8 +239,14 @@ TEST(GraphWinWindow, AxisLabelsShowTheRangeLevelWithTheGridLines)
     Rig r;
     r.showAt(1000, 720);
     const int h = r.win->Graphpb->height();
-    struct Case { QLabel* label; const char* text; int tenth; };
-    for (const Case& c : {Case{r.win->Y1lb[0], "24.0", 1}, {r.win->Y1lb[4], "0.0", 5}, {r.win->Y1lb[8], "-24.0", 9},
+    struct Case {
+        QLabel* label;
+        const char* text;
+        int tenth;
+    };
+    for (const Case& c : {Case{r.win->Y1lb[0], "24.0", 1},
+                          {r.win->Y1lb[4], "0.0", 5},
+                          {r.win->Y1lb[8], "-24.0", 9},
                           {r.win->Y2lb[0], "1.6", 1}}) {
         EXPECT_EQ(c.label->text(), c.text);
         const int centre = c.label->mapTo(r.win, c.label->rect().center()).y();
@@ -282,9 +294,12 @@ TEST(GraphWinWindow, EachGainAsksInItsOwnWords)
     r.loadConfiguration(kExample, kExample);
     r.win->MotorSelcb_Click(0);
     const std::pair<ClickLabel*, const char*> cases[] = {
-        {r.win->Ptb, "Enter new P term % -12800..12700"},    {r.win->Itb, "Enter new I term (-32000 .. 32000) "},
-        {r.win->IAtb, "Enter new I angle (0..15.9) "},       {r.win->Dtb, "Enter new D term (-12800%..12700%) "},
-        {r.win->V1tb, "Enter Voltage (low)"},                {r.win->V2tb, "Enter Voltage (high)"},
+        {r.win->Ptb, "Enter new P term % -12800..12700"},
+        {r.win->Itb, "Enter new I term (-32000 .. 32000) "},
+        {r.win->IAtb, "Enter new I angle (0..15.9) "},
+        {r.win->Dtb, "Enter new D term (-12800%..12700%) "},
+        {r.win->V1tb, "Enter Voltage (low)"},
+        {r.win->V2tb, "Enter Voltage (high)"},
         {r.win->Gtb, "Enter new Gain % (-12800..12700) "},
     };
     for (const auto& [label, prompt] : cases) {
@@ -576,7 +591,8 @@ TEST(GraphWinWindow, PinnedReferenceOutlivesGainChangesAndNewSweeps)
     r.win->RepeatTrigcb_Click();
     for (int k = 0; k < 1001; ++k) r.win->PutSample(0, 0.0f, k % 2 ? -0.125f : 0.125f);
 
-    EXPECT_EQ(texts(panel.Referencelb), (std::vector<std::string>{"0.250", "0.250", "7.07", "5.00", "1.00", "-", "-", "-"}));
+    EXPECT_EQ(texts(panel.Referencelb),
+              (std::vector<std::string>{"0.250", "0.250", "7.07", "5.00", "1.00", "-", "-", "-"}));
     EXPECT_EQ(panel.Currentlb[0]->text(), "0.125");
     EXPECT_EQ(panel.Changelb[0]->text(), "-50 %");
     EXPECT_EQ(panel.Changelb[0]->toolTip(), "RMS error 0.250 -> 0.125, -50 %");
@@ -597,14 +613,16 @@ TEST(GraphWinWindow, ExportedSweepAnalysesToThePanelsNumbers)
     r.win->MotorSelcb_Click(0);
     r.win->TraceDurationcb_Click(0);
     for (int k = 0; k < 402; ++k) // the opening repeat sweep: 401 samples
-        r.win->PutSample(0, static_cast<float>(3.3 * std::sin(k * 0.9)), static_cast<float>(0.0123 * std::cos(k * 0.2)));
+        r.win->PutSample(0, static_cast<float>(3.3 * std::sin(k * 0.9)),
+                         static_cast<float>(0.0123 * std::cos(k * 0.2)));
     QTemporaryDir dir;
     const QString path = dir.filePath("sweep.csv");
     r.dialogs.files.push_back(path.toStdString());
     r.win->SweepPanelfr->mnuExportCsv->trigger();
 
     const std::string csv = readFile(path);
-    EXPECT_EQ(csv.substr(0, 97), "# kdxtool sweep: P 100.00, I 20.00, IA 2.50, D 50.00, V1 10.00, V2 20.00, G 100.00; samples 401, ");
+    EXPECT_EQ(csv.substr(0, 97),
+              "# kdxtool sweep: P 100.00, I 20.00, IA 2.50, D 50.00, V1 10.00, V2 20.00, G 100.00; samples 401, ");
     EXPECT_NE(csv.find("\r\ntime_s,rate,error\r\n0.00,0,0.0123\r\n0.01,"), std::string::npos);
     std::ostringstream out, err;
     cli::CommandIo io{out, err};

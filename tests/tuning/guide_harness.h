@@ -14,7 +14,7 @@ namespace kdx::test {
 
 // A gain message as the module read it, back in the panel's units.
 struct WireGains {
-    double t;  // simulated seconds
+    double t; // simulated seconds
     double P, I, IA, D;
 };
 
@@ -34,7 +34,8 @@ public:
         link.sendRaw(bytes);
         // Read back from the bytes, as the module does.
         auto word = [&](int at) { return static_cast<int16_t>(body[at] | body[at + 1] << 8); };
-        wire.push_back({link.sim.now(), word(3) / 128.0 * 100, double(body[5]), body[14] / 16.0, word(6) / 128.0 * 100});
+        wire.push_back(
+            {link.sim.now(), word(3) / 128.0 * 100, double(body[5]), body[14] / 16.0, word(6) / 128.0 * 100});
     }
     void setGainMessage(bool on) override { messageOn = on; }
 

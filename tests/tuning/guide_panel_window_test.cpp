@@ -70,7 +70,7 @@ TEST(GuidePanel, EveryWayToStopPutsTheUsersGainsBack)
             QTest::mouseClick(rig.panel.Startcb, Qt::LeftButton);
             ASSERT_TRUE(rig.panel.running());
             EXPECT_TRUE(rig.r.gains().gainMsgEnabled()); // the candidates travel in the gain message
-            rig.feed(900); // into the second candidate's sweep
+            rig.feed(900);                               // into the second candidate's sweep
             ASSERT_NE(rig.drive.sent.back(), kFactory);
             stop(rig.panel);
             EXPECT_FALSE(rig.panel.running());
@@ -93,7 +93,7 @@ TEST(GuidePanel, BestGainsGoIntoThePanelOnlyWhenAskedFor)
         QTest::mouseClick(use ? rig.panel.UseGainscb : rig.panel.KeepGainscb, Qt::LeftButton);
         const GainSet& now = rig.r.gains().values();
         if (use) {
-            EXPECT_NEAR(now.P, 150, 7.5); // within 5 % of the motor's best
+            EXPECT_NEAR(now.P, 150, 7.5);                 // within 5 % of the motor's best
             EXPECT_TRUE(rig.r.gains().GetDataModified()); // as if typed: differs from the configuration
         } else {
             EXPECT_EQ(now, kFactory);

@@ -122,8 +122,8 @@ TEST(SweepMetrics, TonesGiveTheirFrequencyShareAndRms)
     };
     const auto tone = [](double a, double f) { return [=](double t) { return a * std::sin(2 * kPi * f * t); }; };
     const Case cases[] = {
-        {"10 s sweep, 4.85 Hz", 1000, tone(20, 4.85), [](double t) { return -0.5 * std::cos(2 * kPi * 2 * t); },
-         4.85, 1.0, 20 / std::sqrt(2.0), 0.5 / std::sqrt(2.0), 0.5, true},
+        {"10 s sweep, 4.85 Hz", 1000, tone(20, 4.85), [](double t) { return -0.5 * std::cos(2 * kPi * 2 * t); }, 4.85,
+         1.0, 20 / std::sqrt(2.0), 0.5 / std::sqrt(2.0), 0.5, true},
         {"4 s sweep, 7.125 Hz with 0.25 Hz bins", 400, tone(8, 7.125),
          [](double t) { return -0.3 + 0.4 * std::cos(2 * kPi * 2 * t); }, 7.125, 1.0, 8 / std::sqrt(2.0),
          std::sqrt(0.09 + 0.08), 0.7, true},
@@ -134,8 +134,8 @@ TEST(SweepMetrics, TonesGiveTheirFrequencyShareAndRms)
         {"the hand's slow sway does not ring", 1000, tone(10, 0.55), [](double) { return 0.0; }, 0.55, 1.0,
          10 / std::sqrt(2.0), 0, 0, false},
         {"three tones: the loudest dominates with 100/245 of the power", 1000,
-         [&](double t) { return tone(10, 3.05)(t) + tone(9, 6.15)(t) + tone(8, 9.25)(t); },
-         [](double) { return 0.0; }, 3.05, 100.0 / 245, std::sqrt(245.0 / 2), 0, 0, false},
+         [&](double t) { return tone(10, 3.05)(t) + tone(9, 6.15)(t) + tone(8, 9.25)(t); }, [](double) { return 0.0; },
+         3.05, 100.0 / 245, std::sqrt(245.0 / 2), 0, 0, false},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -171,8 +171,8 @@ TEST(SweepMetrics, StepResponsesMatchTheirClosedForms)
         // Rise and settling found by solving the response at 1 us steps.
         {"second order, damping 0.5", stepSweep(300, false, secondOrder(0.5, 2)), 1, 16.303, 0.1, 0.13031, 0.42089},
         // Its final value comes from a tail that still swings, hence the wider margin.
-        {"damping 0.05 at 5 Hz: still swinging by 15 % after a second", stepSweep(150, false, secondOrder(0.05, 5)),
-         1, 85.447, 1.0, std::nullopt, std::nullopt},
+        {"damping 0.05 at 5 Hz: still swinging by 15 % after a second", stepSweep(150, false, secondOrder(0.05, 5)), 1,
+         85.447, 1.0, std::nullopt, std::nullopt},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);

@@ -56,17 +56,15 @@ TEST(TraceCapture, TriggerButtonsDecideWhatIsRecorded)
         uint32_t repeatFace, singleFace;
     };
     const Case cases[] = {
-        {"single while idle records one sweep", true, Single, None, 1500, 1001, false,
-         colours::LightGrey, colours::LightGrey},
-        {"nothing armed records nothing", true, None, None, 50, 0, false, colours::LightGrey,
+        {"single while idle records one sweep", true, Single, None, 1500, 1001, false, colours::LightGrey,
          colours::LightGrey},
-        {"single during repeat lets the sweep finish", false, None, Single, 1500, 1001, false,
-         colours::LightGrey, colours::LightGrey},
-        {"repeat off during a sweep lets it finish", false, None, Repeat, 1500, 1001, false,
-         colours::LightGrey, colours::LightGrey},
+        {"nothing armed records nothing", true, None, None, 50, 0, false, colours::LightGrey, colours::LightGrey},
+        {"single during repeat lets the sweep finish", false, None, Single, 1500, 1001, false, colours::LightGrey,
+         colours::LightGrey},
+        {"repeat off during a sweep lets it finish", false, None, Repeat, 1500, 1001, false, colours::LightGrey,
+         colours::LightGrey},
         // Kept: a new sweep's first sample also lands on the previous closing index.
-        {"repeat keeps re-arming", false, None, None, 1500, 1002, true, colours::Green,
-         colours::LightGrey},
+        {"repeat keeps re-arming", false, None, None, 1500, 1002, true, colours::Green, colours::LightGrey},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -140,7 +138,11 @@ TEST(TraceCapture, SweepsRescaleAtHalfTimeAndOneSampleBeforeTheEnd)
 
 TEST(TraceCapture, DurationButtonsSetSamplesAndTimeAxis)
 {
-    struct Case { int index; float seconds; int samples; };
+    struct Case {
+        int index;
+        float seconds;
+        int samples;
+    };
     for (const Case& c : {Case{0, 4, 400}, {1, 10, 1000}, {2, 30, 3000}, {3, 60, 6000}}) {
         Rig r;
         r.cap().TraceDurationcb_Click(c.index);

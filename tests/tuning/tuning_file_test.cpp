@@ -87,7 +87,10 @@ TEST(TuningFile, LoadKeepsTheShiftedSamplesAndPutsTheGainsIntoMemoryOne)
 
 TEST(TuningFile, ALoadedSweepIsShownWholeAndNothingBeyondIt)
 {
-    struct Case { int lines; int duration; };
+    struct Case {
+        int lines;
+        int duration;
+    };
     for (const Case& c : {Case{401, 0}, {1001, 1}, {1200, 2}, {6001, 3}}) {
         std::string text = kHeader + kFirst;
         for (int i = 1; i < c.lines; ++i) text += std::to_string(i % 50) + ".00,1.00\r\n";
@@ -154,7 +157,9 @@ TEST(TuningFile, AFileThatCannotBeLoadedSaysWhichAndWhyAndLeavesTheDisplay)
     const auto dir = std::filesystem::temp_directory_path() / "kdx_tuning_load_test";
     std::filesystem::create_directories(dir / "folder.btf");
     std::ofstream(dir / "empty.btf").close();
-    struct Case { std::string path, reason; };
+    struct Case {
+        std::string path, reason;
+    };
     std::vector<Case> cases = {
         {(dir / "folder.btf").string(), "Is a directory"},
         {(dir / "missing.btf").string(), "No such file or directory"},

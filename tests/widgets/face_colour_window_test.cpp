@@ -24,7 +24,11 @@ QImage rendered(QWidget& w)
 
 TEST(FaceColourWindow, AFaceLooksAsItsColourSays)
 {
-    struct Case { uint32_t bgr; QColor colour; bool enabled; };
+    struct Case {
+        uint32_t bgr;
+        QColor colour;
+        bool enabled;
+    };
     const Case cases[] = {{colours::Green, QColor(0, 255, 0), true},
                           {colours::Red, QColor(255, 0, 0), true},
                           {colours::LightGrey, QColor(192, 192, 192), false}};

@@ -58,7 +58,7 @@ TEST(AboutWindow, RebootSendsTheDirectRestartInEitherTargetMode)
         about.show();
         QTest::mouseClick(about.RebootIntoBL, Qt::LeftButton);
         EXPECT_EQ(r.port.written, (std::vector<uint8_t>{0x5A, 3, 254, 1})) << qvane; // 257 goes out as 1
-        EXPECT_TRUE(r.dialogs.boxes.empty()); // no confirmation
+        EXPECT_TRUE(r.dialogs.boxes.empty());                                        // no confirmation
         EXPECT_TRUE(about.isVisible());
         QTest::mouseClick(about.cmdOK, Qt::LeftButton);
         EXPECT_FALSE(about.isVisible());

@@ -112,7 +112,8 @@ TEST(PUPWaitWindow, ThePortLineFollowsAPortChosenInTheCommsLinkWindow)
     ASSERT_EQ(r.wait.portLine->text().toStdString(), "No port open: /dev/ttyUSB0: Permission denied");
     QTest::mouseClick(r.wait.choosePortButton, Qt::LeftButton);
     ASSERT_TRUE(r.comms.isVisible());
-    EXPECT_FALSE(r.comms.geometry().intersects(r.wait.geometry())) << "the Comms Link window hides no part of the wait window";
+    EXPECT_FALSE(r.comms.geometry().intersects(r.wait.geometry()))
+        << "the Comms Link window hides no part of the wait window";
     r.comms.CommsPortob_Click(1);
     r.wait.InputSwitchTimer_Timer();
     EXPECT_EQ(r.wait.portLine->text().toStdString(), "Listening on /dev/ttyUSB1");
@@ -136,7 +137,8 @@ TEST(MainEntryQuit, EveryWayOutAsksOnceAndClosesThePortAndTheLogOnlyWhenTheUserA
     enum class Way { WaitQuit, WaitCloseBox, MainExit, MainCloseBox, TuningExit };
     const std::string tuningAsk =
         "The Tuning Window data has been modified but not updated to the configuration data. Still Quit ?";
-    const std::string settingsAsk = "The current settings been modified but not written to the KDX module. Still Quit ?";
+    const std::string settingsAsk =
+        "The current settings been modified but not written to the KDX module. Still Quit ?";
     struct Case {
         Way way;
         bool tuned, edited;
@@ -144,12 +146,18 @@ TEST(MainEntryQuit, EveryWayOutAsksOnceAndClosesThePortAndTheLogOnlyWhenTheUserA
         const std::string* asked; // nullptr: nothing to lose, no question
     };
     const Case cases[] = {
-        {Way::WaitQuit, false, false, Answer::No, nullptr},    {Way::WaitQuit, true, true, Answer::No, &tuningAsk},
-        {Way::WaitQuit, true, true, Answer::Yes, &tuningAsk},   {Way::WaitQuit, false, true, Answer::No, &settingsAsk},
-        {Way::WaitQuit, false, true, Answer::Yes, &settingsAsk}, {Way::WaitCloseBox, false, true, Answer::No, &settingsAsk},
-        {Way::WaitCloseBox, false, true, Answer::Yes, &settingsAsk}, {Way::MainExit, false, true, Answer::No, &settingsAsk},
-        {Way::MainExit, false, true, Answer::Yes, &settingsAsk}, {Way::MainCloseBox, false, true, Answer::No, &settingsAsk},
-        {Way::MainCloseBox, false, true, Answer::Yes, &settingsAsk}, {Way::TuningExit, false, true, Answer::No, &settingsAsk},
+        {Way::WaitQuit, false, false, Answer::No, nullptr},
+        {Way::WaitQuit, true, true, Answer::No, &tuningAsk},
+        {Way::WaitQuit, true, true, Answer::Yes, &tuningAsk},
+        {Way::WaitQuit, false, true, Answer::No, &settingsAsk},
+        {Way::WaitQuit, false, true, Answer::Yes, &settingsAsk},
+        {Way::WaitCloseBox, false, true, Answer::No, &settingsAsk},
+        {Way::WaitCloseBox, false, true, Answer::Yes, &settingsAsk},
+        {Way::MainExit, false, true, Answer::No, &settingsAsk},
+        {Way::MainExit, false, true, Answer::Yes, &settingsAsk},
+        {Way::MainCloseBox, false, true, Answer::No, &settingsAsk},
+        {Way::MainCloseBox, false, true, Answer::Yes, &settingsAsk},
+        {Way::TuningExit, false, true, Answer::No, &settingsAsk},
         {Way::TuningExit, false, true, Answer::Yes, &settingsAsk},
     };
     for (const Case& c : cases) {
@@ -190,8 +198,9 @@ TEST(MainEntryQuit, EveryWayOutAsksOnceAndClosesThePortAndTheLogOnlyWhenTheUserA
         EXPECT_EQ(r.main.isVisible(), !quit && !fromWait);
         EXPECT_EQ(r.graph.isVisible(), !quit && !fromWait);
         if (quit) {
-            EXPECT_EQ(readFile(log), std::string(kDirectHeader) +
-                                         (fromWait ? "" : "0.00,0.00,0.00,0.00,0.00,0,0.0,0,0.00,0.00,0.00,0.00,0.00,0,0.0,0,0.0\r\n"))
+            EXPECT_EQ(readFile(log),
+                      std::string(kDirectHeader) +
+                          (fromWait ? "" : "0.00,0.00,0.00,0.00,0.00,0,0.0,0,0.00,0.00,0.00,0.00,0.00,0,0.0,0,0.0\r\n"))
                 << "the log is closed with every line in it";
         }
     }
@@ -204,16 +213,18 @@ TEST(MainEntryStartup, CommandLineOpensAFileByItsExactExtension)
     const std::string backup = "*!    VELMOR KDX Backup File     *\r\n" + record + record;
     const std::string tuning = "AxisRate, AxisError, P,I,IA,D,V1,V2,G,Spare1,Spare2\r\n"
                                "1.00,2.00,100.00,20.00,2.50,50.00,10.00,20.00,100.00,0,0\r\n3.00,4.00\r\n5.00,6.00\r\n";
-    for (const char* name : {"a.kdx", "a.KDX"}) std::ofstream(dir.filePath(name).toStdString(), std::ios::binary) << backup;
-    for (const char* name : {"t.btf", "t.Btf"}) std::ofstream(dir.filePath(name).toStdString(), std::ios::binary) << tuning;
+    for (const char* name : {"a.kdx", "a.KDX"})
+        std::ofstream(dir.filePath(name).toStdString(), std::ios::binary) << backup;
+    for (const char* name : {"t.btf", "t.Btf"})
+        std::ofstream(dir.filePath(name).toStdString(), std::ios::binary) << tuning;
     struct Case {
         const char* name; // quoted as the desktop passes it; nullptr: the raw line below
         const char* raw;
         bool configuration, tuningFile, recording;
     };
     const Case cases[] = {
-        {"a.kdx", nullptr, true, false, false},   {"a.KDX", nullptr, false, false, false},
-        {"t.btf", nullptr, false, true, false},   {"t.Btf", nullptr, false, false, false},
+        {"a.kdx", nullptr, true, false, false},     {"a.KDX", nullptr, false, false, false},
+        {"t.btf", nullptr, false, true, false},     {"t.Btf", nullptr, false, false, false},
         {"Run 3.Log", nullptr, false, false, true}, {nullptr, "\"x\"", false, false, false},
         {nullptr, "", false, false, false},
     };
@@ -262,9 +273,10 @@ TEST(MainEntryQuit, CtrlQAsksAndQuitsFromEveryWindow)
         SCOPED_TRACE(int(where));
         Rig r;
         if (where != Where::Wait) r.port.deliver(CyclicBytes::direct().frame());
-        QWidget* w = where == Where::Wait ? static_cast<QWidget*>(&r.wait)
-                   : where == Where::Main ? static_cast<QWidget*>(&r.main)
-                   : where == Where::Tuning ? static_cast<QWidget*>(&r.graph) : static_cast<QWidget*>(&r.logging);
+        QWidget* w = where == Where::Wait     ? static_cast<QWidget*>(&r.wait)
+                     : where == Where::Main   ? static_cast<QWidget*>(&r.main)
+                     : where == Where::Tuning ? static_cast<QWidget*>(&r.graph)
+                                              : static_cast<QWidget*>(&r.logging);
         ASSERT_TRUE(w->isVisible());
         w->activateWindow();
         QApplication::setActiveWindow(w);
