@@ -89,6 +89,58 @@ std::optional<Options> parseOptions(bool textOnly)
     return o;
 }
 
+// As a user would: once the configuration is read, pick motor 1 for tuning with 4 s
+// sweeps and a low P; pin a whole sweep at that P as the reference, put P back, let one
+// whole sweep with it run as a single sweep, so that it stays on the graph, and take the
+// pictures when it has closed. Without a module answering, the pictures are taken all
+// the same after a while.
+class ScreenshotRun {
+public:
+    ScreenshotRun(kdx::Application& program, QString dir) : program_(program), dir_(std::move(dir))
+    {
+        kdx::GraphWin& graph = program_.graph;
+        QTimer::singleShot(kScreenshotTuneMs, [this, &graph] {
+            graph.MotorSelcb_Click(0);
+            graph.TraceDurationcb_Click(0);
+            for (int i = 0; i < kScreenshotPSteps; ++i) graph.Deccb_Click(kdx::Gain::P, 1);
+            pinAfter_ = graph.model().review().sweepsTaken() + 2; // the sweep running now began at the old P
+        });
+        sweepWatch_.setInterval(100);
+        QObject::connect(&sweepWatch_, &QTimer::timeout, [this] { watch(); });
+        sweepWatch_.start();
+        QTimer::singleShot(kScreenshotLimitMs, [this] { finish(); });
+    }
+
+private:
+    void watch()
+    {
+        kdx::GraphWin& graph = program_.graph;
+        const kdx::SweepReview& review = graph.model().review();
+        if (pinAfter_ == 0) return;
+        if (!review.reference() && review.sweepsTaken() >= pinAfter_) {
+            graph.SweepPanelfr->Pincb_Click();
+            for (int i = 0; i < kScreenshotPSteps; ++i) graph.Inccb_Click(kdx::Gain::P, 1);
+            pinAfter_ = review.sweepsTaken() + 2;
+        } else if (review.reference() && !single_ && review.sweepsTaken() >= pinAfter_ - 1) {
+            graph.NowTrigcb_Click(); // the sweep now running is the last
+            single_ = true;
+        } else if (review.reference() && review.sweepsTaken() >= pinAfter_) {
+            finish();
+        }
+    }
+    void finish()
+    {
+        sweepWatch_.stop();
+        QCoreApplication::exit(program_.saveScreenshots(dir_) ? 0 : 1);
+    }
+
+    kdx::Application& program_;
+    QString dir_;
+    QTimer sweepWatch_;
+    int pinAfter_ = 0;
+    bool single_ = false;
+};
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -137,42 +189,8 @@ int main(int argc, char** argv)
     if (!files.isEmpty()) {
         kdx::guarded("openCommandLineFile", [&] { program.openCommandLineFile(files.first().toStdString()); });
     }
-    QTimer sweepWatch;
-    if (!screenshotDir.isEmpty()) {
-        // As a user would: once the configuration is read, pick motor 1 for tuning with
-        // 4 s sweeps and a low P; pin a whole sweep at that P as the reference, put P back,
-        // let one whole sweep with it run as a single sweep, so that it stays on the graph,
-        // and take the pictures when it has closed.
-        kdx::GraphWin& graph = program.graph;
-        const kdx::SweepReview& review = graph.model().review();
-        int pinAfter = 0;
-        bool single = false;
-        QTimer::singleShot(kScreenshotTuneMs, [&] {
-            graph.MotorSelcb_Click(0);
-            graph.TraceDurationcb_Click(0);
-            for (int i = 0; i < kScreenshotPSteps; ++i) graph.Deccb_Click(kdx::Gain::P, 1);
-            pinAfter = review.sweepsTaken() + 2; // the sweep running now began at the old P
-        });
-        sweepWatch.setInterval(100);
-        QObject::connect(&sweepWatch, &QTimer::timeout, [&] {
-            if (pinAfter == 0) return;
-            if (!review.reference() && review.sweepsTaken() >= pinAfter) {
-                graph.SweepPanelfr->Pincb_Click();
-                for (int i = 0; i < kScreenshotPSteps; ++i) graph.Inccb_Click(kdx::Gain::P, 1);
-                pinAfter = review.sweepsTaken() + 2;
-            } else if (review.reference() && !single && review.sweepsTaken() >= pinAfter - 1) {
-                graph.NowTrigcb_Click(); // the sweep now running is the last
-                single = true;
-            } else if (review.reference() && review.sweepsTaken() >= pinAfter) {
-                sweepWatch.stop();
-                QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1);
-            }
-        });
-        sweepWatch.start();
-        // Without a module answering, the pictures are taken all the same.
-        QTimer::singleShot(kScreenshotLimitMs,
-                           [&] { QCoreApplication::exit(program.saveScreenshots(screenshotDir) ? 0 : 1); });
-    }
+    std::optional<ScreenshotRun> screenshots;
+    if (!screenshotDir.isEmpty()) screenshots.emplace(program, screenshotDir);
     const int rc = QCoreApplication::exec();
     program.comms.unload(); // the port is closed however the loop ended
     return rc;

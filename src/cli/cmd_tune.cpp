@@ -262,29 +262,33 @@ void printJson(std::ostream& out, const TuningGuide& guide, int motor)
         << "}\n";
 }
 
-} // namespace
+struct TuneOptions {
+    int motor = 0;
+    GuideSettings settings;
+    std::optional<std::pair<double, double>> startPD; // --gains
+};
 
-int runTune(const Arguments& args, CommandIo& io)
+// The options beyond the parser's own checks; the text of a usage error, if any.
+std::optional<std::string> readTuneOptions(const Arguments& args, TuneOptions& o)
 {
     const auto motor = parseMotor(args.value("--motor"));
-    if (!motor) return args.usageError(io, "--motor is 1 or 2");
-    GuideSettings settings;
+    if (!motor) return "--motor is 1 or 2";
+    o.motor = *motor;
     if (args.has("--search")) {
         const auto gains = parseSearch(args.value("--search"));
-        if (!gains) return args.usageError(io, "--search takes names from P, D, I, IA, each once, e.g. P,D");
-        settings.gains = *gains;
+        if (!gains) return "--search takes names from P, D, I, IA, each once, e.g. P,D";
+        o.settings.gains = *gains;
     }
     if (args.has("--max-factor")) {
         const auto f = parseNumber(args.value("--max-factor"));
-        if (!f || *f < 1 || *f > 10) return args.usageError(io, "--max-factor is a number from 1 to 10");
-        settings.maxFactor = *f;
+        if (!f || *f < 1 || *f > 10) return "--max-factor is a number from 1 to 10";
+        o.settings.maxFactor = *f;
     }
     if (args.has("--sweep")) {
         const std::string& s = args.value("--sweep");
-        if (s != "4" && s != "10") return args.usageError(io, "--sweep is 4 or 10");
-        settings.sweepSamples = s == "4" ? 400 : 1000;
+        if (s != "4" && s != "10") return "--sweep is 4 or 10";
+        o.settings.sweepSamples = s == "4" ? 400 : 1000;
     }
-    std::optional<std::pair<double, double>> startPD;
     if (args.has("--gains")) {
         const std::string& text = args.value("--gains");
         const auto comma = text.find(',');
@@ -292,89 +296,73 @@ int runTune(const Arguments& args, CommandIo& io)
         const auto d = comma == std::string::npos ? std::nullopt : parseNumber(text.substr(comma + 1));
         const GainEntry& pe = gainEntry(Gain::P);
         if (!p || !d || *p < 0 || *p > pe.max || *d < 0 || *d > gainEntry(Gain::D).max)
-            return args.usageError(io, "--gains is P,D in %, each 0 to 12700, e.g. 25,50");
-        startPD = {{*p, *d}};
+            return "--gains is P,D in %, each 0 to 12700, e.g. 25,50";
+        o.startPD = {{*p, *d}};
     }
+    return std::nullopt;
+}
 
-    ModuleLink link(args.value("--port"));
-    std::string error;
-    MemoryImage image{};
-    if (!link.connect(std::nullopt, error) || !link.read(image, error)) {
-        io.err << "kdxctl: tune: " << error << "\n";
-        return 1;
-    }
-    if (link.qvane() && *motor != 0) {
-        io.err << "kdxctl: tune: a Q-Vane relays one motor per axis: use --motor 1\n";
-        return 1;
-    }
+// The module's gains for the motor, with --gains' P and D in their place.
+GainSet startingGains(const MemoryImage& image, const TuneOptions& o)
+{
     DriverConfig config;
     config.image() = image;
     config.ImageToParams();
-    GainSet start{config.GetP(*motor),  config.GetI(*motor),  config.GetIA(*motor), config.GetD(*motor),
-                  config.GetV1(*motor), config.GetV2(*motor), config.GetG(*motor)};
-    if (startPD) {
-        start.P = static_cast<float>(startPD->first);
-        start.D = static_cast<float>(startPD->second);
+    const int m = o.motor;
+    GainSet start{config.GetP(m),  config.GetI(m),  config.GetIA(m), config.GetD(m),
+                  config.GetV1(m), config.GetV2(m), config.GetG(m)};
+    if (o.startPD) {
+        start.P = static_cast<float>(o.startPD->first);
+        start.D = static_cast<float>(o.startPD->second);
     }
+    return start;
+}
 
-    LineOutput output(link, *motor);
-    TuningGuide guide(output, settings);
-    TuneSink sink(guide, *motor);
-    Receiver rx(&sink);
+// Switches the motor's tuning drive on or off (each message toggles it).
+void toggleDrive(ModuleLink& link, int motor)
+{
+    const auto frame = link.qvane() ? buildFrame(msg::RelayMarker, {static_cast<uint8_t>(msg::TuningDrive),
+                                                                    static_cast<uint8_t>(1 + 128 + 16 * link.axis())})
+                                    : buildFrame(msg::TuningDrive, {static_cast<uint8_t>(1 << motor)});
+    std::string e;
+    link.send(frame, e);
+}
+
+// The line, the receiver and the guide it feeds, in real time.
+struct TuneLine {
+    ModuleLink& link;
+    Receiver& rx;
+    TuningGuide& guide;
+    TuneSink& sink;
+    LineOutput& output;
     std::vector<uint8_t> bytes;
+    std::string error;
 
-    g_interrupted = 0;
-    const auto previous = std::signal(SIGINT, onTuneInterrupt);
-    auto pump = [&](int ms) {
+    // Up to `ms` of bytes into the receiver; false when the line failed.
+    bool pump(int ms)
+    {
         bytes.clear();
         if (!link.receive(bytes, ms, error) && !g_interrupted) return false;
         rx.receiveBytes(bytes);
         return true;
-    };
-
-    // The tuning drive: switched on unless it already runs, and off again at the end.
-    const auto listenUntil = Clock::now() + std::chrono::milliseconds(kFirstTelemetryMs);
-    while (!sink.seen && !g_interrupted && Clock::now() < listenUntil && pump(50)) {
     }
-    bool driveSwitched = false;
-    auto toggleDrive = [&] {
-        const int bit = 1 << *motor;
-        const auto frame = link.qvane()
-                               ? buildFrame(msg::RelayMarker, {static_cast<uint8_t>(msg::TuningDrive),
-                                                               static_cast<uint8_t>(1 + 128 + 16 * link.axis())})
-                               : buildFrame(msg::TuningDrive, {static_cast<uint8_t>(bit)});
-        std::string e;
-        link.send(frame, e);
-    };
-    int rc = 0;
-    if (!sink.seen) {
-        error = "no cyclic telemetry after the read";
-        rc = 1;
-    } else {
-        if (!sink.driveActive) {
-            toggleDrive();
-            driveSwitched = true;
-        }
-        // Progress only for a person watching: a script's stderr keeps the one line of a failure.
-        const bool progress = &io.err == &std::cerr && ::isatty(STDERR_FILENO);
-        if (progress)
-            io.err << "tune: " << guide.plannedSweeps() << " sweeps of "
-                   << (settings.settleSamples + settings.sweepSamples) / 100
-                   << " s each; Ctrl+C stops and restores the gains\n";
-        guide.start(start, false);
+
+    // Runs the guide to its end, a stop or a fault: the gain message every 40 ms, the
+    // telemetry between. Returns 1 when the line or the telemetry failed.
+    int follow(CommandIo& io, bool progress)
+    {
         auto nextTick = Clock::now() + std::chrono::milliseconds(kGainMsgMs);
         std::size_t reported = 0;
         while (guide.running()) {
             if (g_interrupted) {
                 guide.stop();
-                break;
+                return 0;
             }
             const auto now = Clock::now();
             if (now - sink.last > std::chrono::milliseconds(kWatchdogMs)) {
                 guide.linkLost();
                 error = "telemetry stopped";
-                rc = 1;
-                break;
+                return 1;
             }
             if (now >= nextTick) {
                 guide.gainMsgTick();
@@ -383,14 +371,12 @@ int runTune(const Arguments& args, CommandIo& io)
             const auto wait = std::chrono::duration_cast<std::chrono::milliseconds>(nextTick - Clock::now()).count();
             if (!pump(static_cast<int>(std::clamp<long long>(wait, 1, kGainMsgMs)))) {
                 guide.linkLost();
-                rc = 1;
-                break;
+                return 1;
             }
             if (!output.error.empty()) {
                 guide.linkLost();
                 error = output.error;
-                rc = 1;
-                break;
+                return 1;
             }
             for (; progress && reported < guide.rows().size(); ++reported) {
                 const GuideRow& r = guide.rows()[reported];
@@ -398,12 +384,16 @@ int runTune(const Arguments& args, CommandIo& io)
                        << gainsText(guide, r.gains, false) << ", err_rms " << fixed(r.errorRms, 3) << "\n";
             }
         }
+        return 0;
     }
-    if (driveSwitched) toggleDrive();
-    std::signal(SIGINT, previous == SIG_ERR ? SIG_DFL : previous);
+};
 
-    if (args.has("--json")) {
-        printJson(io.out, guide, *motor + 1);
+// The table (or JSON) and the exit code.
+int reportTune(CommandIo& io, const TuningGuide& guide, const TuneOptions& o, bool json, int rc,
+               const std::string& error)
+{
+    if (json) {
+        printJson(io.out, guide, o.motor + 1);
     } else if (!guide.rows().empty()) {
         printTable(io.out, guide);
         const GuideRow b = *guide.best();
@@ -421,6 +411,62 @@ int runTune(const Arguments& args, CommandIo& io)
     }
     if (rc) io.err << "kdxctl: tune: " << error << "\n";
     return rc;
+}
+
+} // namespace
+
+int runTune(const Arguments& args, CommandIo& io)
+{
+    TuneOptions o;
+    if (const auto usage = readTuneOptions(args, o)) return args.usageError(io, *usage);
+
+    ModuleLink link(args.value("--port"));
+    std::string error;
+    MemoryImage image{};
+    if (!link.connect(std::nullopt, error) || !link.read(image, error)) {
+        io.err << "kdxctl: tune: " << error << "\n";
+        return 1;
+    }
+    if (link.qvane() && o.motor != 0) {
+        io.err << "kdxctl: tune: a Q-Vane relays one motor per axis: use --motor 1\n";
+        return 1;
+    }
+    const GainSet start = startingGains(image, o);
+
+    LineOutput output(link, o.motor);
+    TuningGuide guide(output, o.settings);
+    TuneSink sink(guide, o.motor);
+    Receiver rx(&sink);
+    TuneLine line{link, rx, guide, sink, output, {}, {}};
+
+    g_interrupted = 0;
+    const auto previous = std::signal(SIGINT, onTuneInterrupt);
+    const auto listenUntil = Clock::now() + std::chrono::milliseconds(kFirstTelemetryMs);
+    while (!sink.seen && !g_interrupted && Clock::now() < listenUntil && line.pump(50)) {
+    }
+    // The tuning drive: switched on unless it already runs, and off again at the end.
+    bool driveSwitched = false;
+    int rc = 0;
+    if (!sink.seen) {
+        line.error = "no cyclic telemetry after the read";
+        rc = 1;
+    } else {
+        if (!sink.driveActive) {
+            toggleDrive(link, o.motor);
+            driveSwitched = true;
+        }
+        // Progress only for a person watching: a script's stderr keeps the one line of a failure.
+        const bool progress = &io.err == &std::cerr && ::isatty(STDERR_FILENO);
+        if (progress)
+            io.err << "tune: " << guide.plannedSweeps() << " sweeps of "
+                   << (o.settings.settleSamples + o.settings.sweepSamples) / 100
+                   << " s each; Ctrl+C stops and restores the gains\n";
+        guide.start(start, false);
+        rc = line.follow(io, progress);
+    }
+    if (driveSwitched) toggleDrive(link, o.motor);
+    std::signal(SIGINT, previous == SIG_ERR ? SIG_DFL : previous);
+    return reportTune(io, guide, o, args.has("--json"), rc, line.error);
 }
 
 } // namespace kdx::cli

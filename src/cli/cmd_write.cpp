@@ -60,6 +60,53 @@ const Syntax kWriteSyntax{
                "kdxctl write --port /dev/ttyUSB0 --port /dev/ttyUSB1 gimbal.kdx",
 };
 
+namespace {
+
+int failed(CommandIo& io, const std::string& why)
+{
+    io.err << "kdxctl: " << why << "\n";
+    return 1;
+}
+
+// Writes the loaded file into one module after saving what it held in `folder` (none:
+// no backup); `o` says how it went and `written` what was written, for the one-module line.
+void writeModule(const ModuleJob& job, const std::string& file, const ConfigLoad& load, int motor,
+                 const std::string& folder, ModuleOutcome& o, std::string& written)
+{
+    o.port = job.port;
+    o.result = "not written";
+    ModuleLink link(job.port);
+    if (!link.connect(job.axis, o.detail)) return;
+    o.target = link.targetName();
+    if (!link.qvane() && !load.twoAxis()) {
+        o.detail = file + " holds one motor block; a KDX wired directly needs a two-axis .kdx file";
+        return;
+    }
+    if (!folder.empty()) {
+        MemoryImage previous{};
+        if (!link.read(previous, o.detail)) return;
+        const std::string path = folder + "/" + backupFileName(job.port, link.qvane(), job.axis.value_or(0));
+        if (const auto box = saveConfigFile(path, previous, !link.qvane())) {
+            o.detail = "cannot save the backup " + path + ": " + box->prompt;
+            return;
+        }
+        o.backup = path;
+    }
+    MemoryImage image{};
+    const bool secondMotor = link.qvane() && load.twoAxis() && motor == 1;
+    applyConfigLoad(load, image, secondMotor);
+    if (!link.writeAndVerify(image, o.detail)) {
+        if (link.wrote()) o.result = "failed";
+        return;
+    }
+    o.result = "ok";
+    written = "wrote " + std::to_string(link.elements()) + " bytes";
+    if (link.qvane() && load.twoAxis()) written += " (motor " + std::to_string(motor + 1) + " of " + file + ")";
+    o.detail = written + " and read them back";
+}
+
+} // namespace
+
 int runWrite(const Arguments& args, CommandIo& io)
 {
     const std::string& file = args.positionals()[0];
@@ -71,81 +118,37 @@ int runWrite(const Arguments& args, CommandIo& io)
     const bool backups = !args.has("--no-backup");
     if (!backups && args.has("--backup-dir"))
         return args.usageError(io, "--no-backup and --backup-dir exclude each other");
-    const bool json = args.has("--json");
 
-    auto fail = [&](const std::string& why) {
-        io.err << "kdxctl: " << why << "\n";
-        return 1;
-    };
     std::string error;
     // Bytes that are not in the file never go into a module.
     const ConfigLoad load = loadConfigInput(file, error, "nothing was written");
-    if (load.status == ConfigLoadStatus::Failed) return fail(error);
+    if (load.status == ConfigLoadStatus::Failed) return failed(io, error);
     BackupFolder backupFolder;
-    if (backups && !backupFolder.make(args.value("--backup-dir"), error)) return fail(error);
+    if (backups && !backupFolder.make(args.value("--backup-dir"), error)) return failed(io, error);
     const std::string folder = backupFolder.path();
 
     std::vector<ModuleOutcome> outcomes(jobs->size());
-    std::vector<std::string> written(jobs->size()); // "wrote 60 bytes", for the one-module line
-    onEveryModule(jobs->size(), [&](std::size_t i) {
-        const ModuleJob& job = (*jobs)[i];
-        ModuleOutcome& o = outcomes[i];
-        o.port = job.port;
-        o.result = "not written";
-        ModuleLink link(job.port);
-        if (!link.connect(job.axis, o.detail)) return;
-        o.target = link.targetName();
-        if (!link.qvane() && !load.twoAxis()) {
-            o.detail = file + " holds one motor block; a KDX wired directly needs a two-axis .kdx file";
-            return;
-        }
-        if (backups) {
-            MemoryImage previous{};
-            if (!link.read(previous, o.detail)) return;
-            const std::string path = folder + "/" + backupFileName(job.port, link.qvane(), job.axis.value_or(0));
-            if (const auto box = saveConfigFile(path, previous, !link.qvane())) {
-                o.detail = "cannot save the backup " + path + ": " + box->prompt;
-                return;
-            }
-            o.backup = path;
-        }
-        MemoryImage image{};
-        const bool secondMotor = link.qvane() && load.twoAxis() && *motor == 1;
-        applyConfigLoad(load, image, secondMotor);
-        if (!link.writeAndVerify(image, o.detail)) {
-            if (link.wrote()) o.result = "failed";
-            return;
-        }
-        o.result = "ok";
-        written[i] = "wrote " + std::to_string(link.elements()) + " bytes";
-        if (link.qvane() && load.twoAxis()) written[i] += " (motor " + std::to_string(*motor + 1) + " of " + file + ")";
-        o.detail = written[i] + " and read them back";
-    });
+    std::vector<std::string> written(jobs->size());
+    onEveryModule(jobs->size(),
+                  [&](std::size_t i) { writeModule((*jobs)[i], file, load, *motor, folder, outcomes[i], written[i]); });
 
-    const bool ok = allOk(outcomes);
     backupFolder.finish();
-    if (json) {
+    if (args.has("--json")) {
         JsonWriter w;
-        w.beginObject()
-            .key("command")
-            .value("write")
-            .key("file")
-            .value(file)
-            .key("backupDir")
-            .valueOrNull(backupFolder.path());
-        w.key("ok").value(ok);
+        w.beginObject().key("command").value("write").key("file").value(file);
+        w.key("backupDir").valueOrNull(backupFolder.path()).key("ok").value(allOk(outcomes));
         summaryJson(w, outcomes);
         io.out << w.endObject().line();
     } else if (outcomes.size() == 1) {
         const ModuleOutcome& o = outcomes[0];
         if (!o.backup.empty()) io.out << "previous configuration saved to " << o.backup << "\n";
-        if (!o.ok()) return fail(o.detail);
+        if (!o.ok()) return failed(io, o.detail);
         io.out << written[0] << " to " << o.port << " (" << o.target << ") and read them back\n";
     } else {
         io.out << summaryTable(outcomes);
         if (!backupFolder.path().empty()) io.out << "previous configurations saved in " << folder << "\n";
     }
-    if (!outputReached(io.out)) return fail(std::string(kOutputLost));
+    if (!outputReached(io.out)) return failed(io, std::string(kOutputLost));
     return batchExit(io.err, outcomes, "were not written and verified");
 }
 

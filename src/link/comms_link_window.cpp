@@ -107,6 +107,21 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, Clock& clock, QWidget* 
     layout->addWidget(CommsStatuslb);
     layout->addStretch(1);
 
+    buildTimers();
+    Rateob_Click(2); // "x1"
+
+    port_.onBytes = [this](std::span<const uint8_t> bytes) { onPortBytes(bytes); };
+    port_.onLost = [this](const std::string& reason) {
+        // Said once, after the port's own signal has returned. The loss can surface in
+        // the middle of a write; SendMessage then leaves the telling to this.
+        lostPort_ = PortOpen ? CurrentPort : 0;
+        QTimer::singleShot(0, this, [this, reason] { guarded("onPortLost", [&] { onPortLost(reason); }); });
+    };
+}
+
+// The watchdog, the port's timers and the playback's and trim's pacers.
+void CommsLink::buildTimers()
+{
     CommsTimeout = new QTimer(this);
     CommsTimeout->setObjectName("CommsTimeout");
     CommsTimeout->setInterval(500);
@@ -134,15 +149,6 @@ CommsLink::CommsLink(SerialPort& port, Dialogs& dialogs, Clock& clock, QWidget* 
     trimTimer_ = new QTimer(this);
     trimTimer_->setInterval(0);
     connect(trimTimer_, &QTimer::timeout, this, [this] { guarded("trimNextKilobyte", [&] { trimNextKilobyte(); }); });
-    Rateob_Click(2); // "x1"
-
-    port_.onBytes = [this](std::span<const uint8_t> bytes) { onPortBytes(bytes); };
-    port_.onLost = [this](const std::string& reason) {
-        // Said once, after the port's own signal has returned. The loss can surface in
-        // the middle of a write; SendMessage then leaves the telling to this.
-        lostPort_ = PortOpen ? CurrentPort : 0;
-        QTimer::singleShot(0, this, [this, reason] { guarded("onPortLost", [&] { onPortLost(reason); }); });
-    };
 }
 
 CommsLink::~CommsLink()

@@ -178,6 +178,7 @@ private:
     void finishTrim();
     void showStatus();
     void buildFileFrame();
+    void buildTimers();
     void showDoingInFile(bool playing);
     // The reconnect watch (comms_link_reconnect_window.cpp).
     void startWatch();
