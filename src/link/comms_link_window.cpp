@@ -193,7 +193,7 @@ void CommsLink::PortScan()
             const std::string& name = names_[static_cast<std::size_t>(p - 1)];
             ok = port_.open(name, error);
             if (ok) port_.close();
-            else if (refusal_.empty()) refusal_ = name + ": " + error; // the first refusal tells most
+            else if (refusal_.empty()) refusal_.append(name).append(": ").append(error); // the first refusal tells most
         }
         showPortButton(p, ok);
     }

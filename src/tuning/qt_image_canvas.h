@@ -49,8 +49,8 @@ public:
     void setOnLabels(std::function<void(int axis, const AxisLabels&)> onLabels) { onLabels_ = std::move(onLabels); }
 
     // GraphCanvas.
-    double width() const override { return image_.width() / scale_; }
-    double height() const override { return image_.height() / scale_; }
+    double width() const override { return logicalWidth(); }
+    double height() const override { return logicalHeight(); }
     void clear(uint32_t bgr) override;
     // Not antialiased: an erase (the same line in the background colour) covers exactly
     // the pixels the line covered. A line with a coordinate that is not a finite number
@@ -67,6 +67,9 @@ private:
 
     QImage image_;
     int scale_ = 1;
+    // The image is `scale_` times the logical size in each direction: the division is exact.
+    int logicalWidth() const { return image_.width() / scale_; }
+    int logicalHeight() const { return image_.height() / scale_; }
     QPainter painter_;
     // The image's pixels while it is being drawn on; fetched again after each flush, so
     // a copy handed out by image() is detached from before the next stroke.
