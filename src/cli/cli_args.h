@@ -9,7 +9,7 @@
 namespace kdx::cli {
 
 // --port of the commands that read or write modules' memory, many at once.
-inline constexpr OptionSpec kPortsOption{.name = "--port",
+inline constexpr OptionDecl kPortsOption{.name = "--port",
                                          .takes = Takes::Value,
                                          .metavar = "DEV",
                                          .repeats = true,
@@ -18,12 +18,12 @@ inline constexpr OptionSpec kPortsOption{.name = "--port",
                                                  "modules, which are then served all at once"};
 
 // --json of the commands that can print their result as one JSON object.
-inline constexpr OptionSpec kJsonOption{.name = "--json",
+inline constexpr OptionDecl kJsonOption{.name = "--json",
                                         .help = "print the result as one line of JSON (its fields are\n"
                                                 "listed in the README)"};
 
 // --axis of the commands that serve many modules.
-inline constexpr OptionSpec kAxesOption{.name = "--axis",
+inline constexpr OptionDecl kAxesOption{.name = "--axis",
                                         .takes = Takes::Value,
                                         .metavar = "A",
                                         .repeats = true,

@@ -28,7 +28,7 @@ namespace {
 constexpr std::size_t kReadBlock = 1 << 20;  // bytes read from the recording at a time
 constexpr std::size_t kWriteBlock = 1 << 20; // log text collected before it is written
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     {.name = "-o",
      .alias = "--output",
      .takes = Takes::Value,

@@ -21,7 +21,7 @@ namespace {
 // "different".
 constexpr int kSame = 0, kDifferent = 1, kTrouble = 2;
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     {.name = "--port",
      .takes = Takes::Value,
      .metavar = "DEV",

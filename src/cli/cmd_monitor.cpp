@@ -30,7 +30,7 @@ constexpr int kPollMs = 100;           // longest wait for bytes before checking
 constexpr double kSimTick = 0.01;      // the simulated module is advanced 100 times a second
 constexpr double kProbeInterval = 1.0; // asks a Q-Vane for its Tilt axis until telemetry comes
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     {.name = "--port",
      .takes = Takes::Value,
      .metavar = "DEV",

@@ -20,7 +20,7 @@ namespace kdx::cli {
 
 namespace {
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     kPortsOption,
     kAxesOption,
     {.name = "-o",

@@ -21,7 +21,7 @@ namespace kdx::cli {
 
 namespace {
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     {.name = "--motor",
      .takes = Takes::Value,
      .metavar = "M",

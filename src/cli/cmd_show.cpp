@@ -16,7 +16,7 @@ namespace kdx::cli {
 
 namespace {
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     {.name = "--tsv",
      .help = "one line per parameter: name<TAB>motor 1<TAB>motor 2 (motor 2\n"
              "empty for a single-axis file)"},

@@ -16,7 +16,7 @@ namespace kdx::cli {
 
 namespace {
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     {.name = "--pty",
      .help = "serve on a new pseudo-terminal in real time; the first line of\n"
              "output is the device path. Runs until interrupted (Ctrl+C)."},

@@ -13,7 +13,7 @@ namespace kdx::cli {
 
 namespace {
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     {.name = "--start",
      .takes = Takes::Value,
      .metavar = "N",

@@ -32,7 +32,7 @@ namespace kdx::cli {
 
 namespace {
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     {.name = "--port",
      .takes = Takes::Value,
      .metavar = "DEV",

@@ -17,7 +17,7 @@ namespace kdx::cli {
 
 namespace {
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     kPortsOption,
     kAxesOption,
     {.name = "--motor",

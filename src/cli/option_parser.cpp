@@ -10,7 +10,7 @@ namespace kdx::cli {
 namespace {
 
 // Index of the declared option spelled `word`, or -1.
-int findOption(std::span<const OptionSpec> options, std::string_view word)
+int findOption(std::span<const OptionDecl> options, std::string_view word)
 {
     for (std::size_t i = 0; i < options.size(); ++i)
         if (word == options[i].name || (options[i].alias && word == options[i].alias)) return static_cast<int>(i);
@@ -75,8 +75,8 @@ int Arguments::usageError(CommandIo& io, std::string_view what) const { return c
 
 std::variant<Arguments, std::string> parseArguments(const Command& command, std::span<const std::string> args)
 {
-    const std::span<const OptionSpec> options = command.syntax.options;
-    const PositionalSpec& positional = command.syntax.positionals;
+    const std::span<const OptionDecl> options = command.syntax.options;
+    const PositionalDecl& positional = command.syntax.positionals;
     Arguments parsed(command, options.size());
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& word = args[i];
@@ -102,7 +102,7 @@ std::variant<Arguments, std::string> parseArguments(const Command& command, std:
             attached = word.substr(eq + 1);
         }
         if (index < 0) return "unknown option " + quoted(word);
-        const OptionSpec& option = options[static_cast<std::size_t>(index)];
+        const OptionDecl& option = options[static_cast<std::size_t>(index)];
         Arguments::Given& given = parsed.given_[static_cast<std::size_t>(index)];
         if (given.count > 0 && !option.repeats) return std::string(name) + " given twice";
         ++given.count;
@@ -134,7 +134,7 @@ std::string usageText(const Syntax& syntax)
     text += '\n';
     std::vector<std::pair<std::string, std::string_view>> rows;
     if (syntax.positionals.help) rows.emplace_back(syntax.positionals.name, syntax.positionals.help);
-    for (const OptionSpec& o : syntax.options) {
+    for (const OptionDecl& o : syntax.options) {
         std::string label = o.name;
         if (o.alias) label.append(", ").append(o.alias);
         if (o.metavar) label.append(" ").append(o.metavar);

@@ -21,7 +21,7 @@ enum class Takes {
     OptionalValue, // "--simulate" alone, or "--simulate=qvane"
 };
 
-struct OptionSpec {
+struct OptionDecl {
     const char* name;            // "--port", "-o"
     const char* alias = nullptr; // a second spelling: "--output"
     Takes takes = Takes::Nothing;
@@ -32,7 +32,7 @@ struct OptionSpec {
     const char* help = "";         // help column; each '\n' starts a continuation line
 };
 
-struct PositionalSpec {
+struct PositionalDecl {
     int min = 0;
     int max = 0;
     const char* missing = "";   // usage error when fewer than min are given
@@ -45,8 +45,8 @@ struct PositionalSpec {
 struct Syntax {
     const char* synopsis; // "usage: kdxctl NAME ...", one line or more
     const char* about;    // the paragraph under it
-    std::span<const OptionSpec> options = {};
-    PositionalSpec positionals = {};
+    std::span<const OptionDecl> options = {};
+    PositionalDecl positionals = {};
     int helpColumn = 0;           // column where the options' help starts
     const char* example = "";     // the lines under "example:"
     bool usageAfterError = false; // a usage error prints "kdxctl: NAME: WHAT" and the whole usage

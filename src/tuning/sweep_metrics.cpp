@@ -1,6 +1,6 @@
 #include "tuning/sweep_metrics.h"
 
-#include "tuning/spectrum.h"
+#include "tuning/fft_power.h"
 
 #include <algorithm>
 #include <cmath>

@@ -10,7 +10,7 @@ namespace {
 
 using Value = std::optional<double> (*)(const SweepMetrics& m);
 
-struct MetricSpec {
+struct MetricLine {
     std::string_view caption;
     std::string_view name; // in the summary
     std::size_t field;     // in kSweepMetricFields, which formats it
@@ -22,7 +22,7 @@ std::optional<double> stepValue(const SweepMetrics& m, std::optional<double> Ste
     return m.step ? (*m.step).*field : std::nullopt;
 }
 
-const MetricSpec kMetrics[] = {
+const MetricLine kMetrics[] = {
     {"RMS error (°)", "RMS error", 1, [](const SweepMetrics& m) -> std::optional<double> { return m.errorRms; }},
     {"Peak error (°)", "Peak error", 2, [](const SweepMetrics& m) -> std::optional<double> { return m.errorPeak; }},
     {"RMS rate (°/s)", "RMS rate", 3, [](const SweepMetrics& m) -> std::optional<double> { return m.rateRms; }},
@@ -36,10 +36,10 @@ const MetricSpec kMetrics[] = {
      [](const SweepMetrics& m) { return stepValue(m, &StepResponse::settlingSeconds); }},
 };
 
-std::string text(const MetricSpec& spec, const std::optional<ReviewedSweep>& s)
+std::string text(const MetricLine& metric, const std::optional<ReviewedSweep>& s)
 {
     if (!s) return {};
-    return kSweepMetricFields[spec.field].text(s->metrics).value_or("-");
+    return kSweepMetricFields[metric.field].text(s->metrics).value_or("-");
 }
 
 // The change from `before` to `after` as a whole percentage of `before`: "-43 %", "+8 %".
@@ -86,12 +86,12 @@ void SweepReview::Unpin()
 std::vector<MetricRow> SweepReview::rows() const
 {
     std::vector<MetricRow> rows;
-    for (const MetricSpec& spec : kMetrics) {
-        MetricRow r{spec.caption, text(spec, current_), text(spec, reference_), {}, {}};
+    for (const MetricLine& metric : kMetrics) {
+        MetricRow r{metric.caption, text(metric, current_), text(metric, reference_), {}, {}};
         if (current_ && reference_) {
-            const auto before = spec.value(reference_->metrics), after = spec.value(current_->metrics);
+            const auto before = metric.value(reference_->metrics), after = metric.value(current_->metrics);
             if (before && after && *before != 0) r.change = percentChange(*before, *after);
-            r.summary = std::string(spec.name) + " " + r.reference + " -> " + r.current;
+            r.summary = std::string(metric.name) + " " + r.reference + " -> " + r.current;
             if (!r.change.empty()) r.summary += ", " + r.change;
         }
         rows.push_back(std::move(r));

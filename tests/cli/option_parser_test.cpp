@@ -8,7 +8,7 @@ using namespace kdx::cli;
 
 namespace {
 
-const OptionSpec kOptions[] = {
+const OptionDecl kOptions[] = {
     {.name = "--port", .takes = Takes::Value, .repeats = true},
     {.name = "-o", .alias = "--output", .takes = Takes::Value, .needs = "a file name"},
     {.name = "--simulate", .takes = Takes::OptionalValue},

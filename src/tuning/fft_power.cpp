@@ -1,4 +1,4 @@
-#include "tuning/spectrum.h"
+#include "tuning/fft_power.h"
 
 #include <algorithm>
 #include <bit>
