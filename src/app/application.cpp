@@ -16,6 +16,7 @@ namespace kdx {
 Application::Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, Clock& clock)
     : clock(clock),
       comms(port, dialogs, clock),
+      debug(clock),
       logging(dialogs, clock),
       main(MainEntry::Peers{.dialogs = dialogs,
                             .keys = keys,
@@ -24,7 +25,8 @@ Application::Application(SerialPort& port, Dialogs& dialogs, KeyState& keys, Clo
                             .tuning = *this,
                             .log = logging,
                             .debug = debug,
-                            .saver = saver}),
+                            .saver = saver,
+                            .clock = clock}),
       graph(main.gainStore(), main, *this, main, dialogs, keys, saver),
       wait(comms, main, main, keys, *this),
       dialogs_(dialogs)

@@ -16,6 +16,7 @@
 #include "tuning/tuning_display.h"
 #include "widgets/compact_layout.h"
 #include "widgets/face_colour.h"
+#include "widgets/refresh_pacer.h"
 #include "widgets/text.h"
 
 #include <QCheckBox>

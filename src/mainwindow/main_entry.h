@@ -12,6 +12,7 @@
 #include "link/comms_quality.h"
 #include "link/link_control.h"
 #include "link/message_sink.h"
+#include "platform/clock.h"
 #include "platform/program_windows.h"
 #include "telemetry/changed_only.h"
 #include "telemetry/cyclic_telemetry.h"
@@ -44,6 +45,7 @@ class DebugChannel;
 class Dialogs;
 struct EntryCommand;
 class KeyState;
+class RefreshPacer;
 class TelemetryLog;
 class TuningDisplay;
 
@@ -65,6 +67,7 @@ public:
         TelemetryLog& log;
         DebugChannel& debug;
         const AtomicSaver& saver = PlainSaver; // writes the configuration files
+        Clock& clock = systemClock();          // paces the live-value labels
     };
     explicit MainEntry(const Peers& peers, QWidget* parent = nullptr);
     ~MainEntry() override;
@@ -151,7 +154,7 @@ public:
     // The live-value labels are refreshed from the latest values at most this often.
     static constexpr int LiveDisplayMs = 50;
     // Refreshes the live-value labels now if a message came since the last refresh (the
-    // display timer does this; tests call it instead of waiting).
+    // next message or the display timer does this; tests call it instead of waiting).
     void flushLiveDisplay();
     // Greys the live values while the link is lost; the next refresh after a message
     // shows them fresh again.
@@ -298,9 +301,8 @@ private:
     bool quitting_ = false;
     bool memoryRequestPending_ = false; // a read or write waits for its answer
     TestMode testMode_;
-    std::optional<bool> motorOneShown_; // as the last direct message or target change left them
-    QTimer* liveDisplayTimer_ = nullptr;
-    bool liveDirty_ = false; // a message came since the last refresh of the labels
+    std::optional<bool> motorOneShown_;       // as the last direct message or target change left them
+    std::unique_ptr<RefreshPacer> livePacer_; // paces the live-value labels
     bool liveStale_ = false;
 
     // ---- checks on the configuration (main_entry_checks.cpp)

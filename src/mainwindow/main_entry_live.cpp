@@ -1,43 +1,34 @@
 // The pace of the "Current Values" panel: the live values are decoded, logged and sampled
-// for every message, but their labels are refreshed from the latest values on a display
-// timer, at most every LiveDisplayMs; and they are greyed while the link is lost.
+// for every message, but their labels are refreshed from the latest values at most every
+// LiveDisplayMs, by the message that finds the last refresh that old (or by the display
+// timer once messages stop); and they are greyed while the link is lost.
 #include "mainwindow/main_entry.h"
 
 #include "platform/qt_guard.h"
 #include "widgets/click_label.h"
+#include "widgets/refresh_pacer.h"
 #include "widgets/stale_look.h"
 
 #include <QLabel>
-#include <QTimer>
 
 namespace kdx {
 
 void MainEntry::buildLiveDisplayTimer()
 {
-    liveDisplayTimer_ = new QTimer(this);
-    liveDisplayTimer_->setObjectName("liveDisplayTimer");
-    liveDisplayTimer_->setInterval(LiveDisplayMs);
-    liveDisplayTimer_->setSingleShot(true);
-    connect(liveDisplayTimer_, &QTimer::timeout, this,
-            [this] { guarded("flushLiveDisplay", [&] { flushLiveDisplay(); }); });
+    livePacer_ = std::make_unique<RefreshPacer>(
+        this, "liveDisplayTimer", LiveDisplayMs,
+        [this] {
+            guarded("flushLiveDisplay", [&] {
+                ShowLiveValues();
+                if (liveStale_) setLiveValuesStale(false); // fresh values, fresh look
+            });
+        },
+        peers_.clock);
 }
 
-void MainEntry::scheduleLiveValues()
-{
-    liveDirty_ = true;
-    // Started by the first message after a refresh, so refreshes are at least
-    // LiveDisplayMs apart and a value waits at most that long.
-    if (!liveDisplayTimer_->isActive()) liveDisplayTimer_->start();
-}
+void MainEntry::scheduleLiveValues() { livePacer_->changed(); }
 
-void MainEntry::flushLiveDisplay()
-{
-    liveDisplayTimer_->stop();
-    if (!liveDirty_) return;
-    liveDirty_ = false;
-    ShowLiveValues();
-    if (liveStale_) setLiveValuesStale(false); // fresh values, fresh look
-}
+void MainEntry::flushLiveDisplay() { livePacer_->flush(); }
 
 void MainEntry::setLiveValuesStale(bool stale)
 {

@@ -14,13 +14,10 @@ GraphView::GraphView(QWidget* parent) : QWidget(parent)
     // Every pixel comes from the image: Qt need not erase first.
     setAttribute(Qt::WA_OpaquePaintEvent);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    // A stroke asks for one repaint of just the area drawn on, collected for one screen
-    // frame: the samples of a frame repaint a few narrow columns once, not the whole
-    // graph and not once per sample.
-    frameTimer_.setSingleShot(true);
-    frameTimer_.setInterval(FrameMs);
-    connect(&frameTimer_, &QTimer::timeout, this, [this] { update(canvas_.takeDirty()); });
-    canvas_.setOnChanged([this] { frameTimer_.start(); });
+    // Strokes collect the area they drew on, and that area is repainted at most once a
+    // frame: the samples of a frame repaint a few narrow columns once, not the whole graph
+    // and not once per sample.
+    canvas_.setOnChanged([this] { framePacer_.changed(); });
 }
 
 QSize GraphView::sizeHint() const { return {800, 400}; }

@@ -407,6 +407,7 @@ void GraphWin::buildMenus()
 void GraphWin::showCapture()
 {
     const CaptureFaces& f = model_->capture().faces();
+    shownCapture_ = f;
     paintFace(RepeatTrigcb, f.RepeatTrigcb);
     paintFace(NowTrigcb, f.NowTrigcb);
     paintFace(StopTracecb, f.StopTracecb);
@@ -462,7 +463,9 @@ void GraphWin::PutSample(int motor, float rate, float error)
 {
     if (guide_) guide_->putSample(motor, rate, error);
     model_->PutSample(motor, rate, error);
-    showCapture();
+    // A sample changes the faces only when a single sweep ends: all the others, a hundred
+    // a second, leave the buttons alone.
+    if (model_->capture().faces() != shownCapture_) showCapture();
 }
 
 void GraphWin::SetEnable(bool flag)

@@ -7,6 +7,7 @@
 #include "link/message_sink.h"
 #include "tuning/gain_set.h"
 #include "tuning/graph_canvas.h"
+#include "tuning/trace_capture.h"
 #include "tuning/tuning_display.h"
 #include "widgets/posted_box.h"
 
@@ -194,6 +195,7 @@ private:
     std::unique_ptr<GraphWinModel> model_;
     bool unloading_ = false;
     std::optional<bool> shownInputValid_;
+    CaptureFaces shownCapture_;             // the faces showCapture last painted
     std::array<QWidget*, 2> labelColumn_{}; // hold Y1lb left of the graph, Y2lb right of it
     PostedBox disconnectedBox_{this};       // raised by the link's watchdog timer
     std::unique_ptr<GuidePanel> guide_;

@@ -85,14 +85,11 @@ const QImage& QtImageCanvas::image()
 void QtImageCanvas::changed(const QRect& area)
 {
     dirty_ |= area;
-    if (notified_) return;
-    notified_ = true;
     if (onChanged_) onChanged_();
 }
 
 QRect QtImageCanvas::takeDirty()
 {
-    notified_ = false;
     return std::exchange(dirty_, QRect()) & QRect(0, 0, image_.width() / scale_, image_.height() / scale_);
 }
 

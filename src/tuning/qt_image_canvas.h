@@ -39,11 +39,10 @@ public:
     // The picture as drawn so far (flushes first). A copy taken of it stays as it was.
     const QImage& image();
 
-    // Called once for the first change after each takeDirty(): the widget schedules a
-    // repaint of what takeDirty() then returns.
+    // Called after every stroke: the widget decides when to repaint what takeDirty() then
+    // returns.
     void setOnChanged(std::function<void()> onChanged) { onChanged_ = std::move(onChanged); }
-    // The part of the image changed since the last call, in logical pixels, and re-arms
-    // setOnChanged.
+    // The part of the image changed since the last call, in logical pixels.
     QRect takeDirty();
     // Receives the value labels of each axis as the renderer places them.
     void setOnLabels(std::function<void(int axis, const AxisLabels&)> onLabels) { onLabels_ = std::move(onLabels); }
@@ -74,7 +73,6 @@ private:
     // The image's pixels while it is being drawn on; fetched again after each flush, so
     // a copy handed out by image() is detached from before the next stroke.
     uchar* pixels_ = nullptr;
-    bool notified_ = false;
     QRect dirty_;
     // The pen last given to the open painter, so consecutive wide strokes of one colour
     // and width do not set it again.

@@ -39,6 +39,8 @@ struct CaptureFaces {
     std::string_view DisplayClearcbCaption = "Off";
     uint32_t AutoScalecb = colours::LightGrey;
     uint32_t DefaultScalecb = colours::LightGrey; // never lit: it acts once per click
+
+    bool operator==(const CaptureFaces&) const = default;
 };
 
 class TraceCapture {

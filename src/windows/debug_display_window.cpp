@@ -6,6 +6,7 @@
 #include "platform/qt_window_close.h"
 #include "telemetry/changed_only.h"
 #include "telemetry/debug_bytes.h"
+#include "widgets/refresh_pacer.h"
 #include "widgets/text.h"
 
 #include <QCheckBox>
@@ -13,13 +14,12 @@
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QLabel>
-#include <QTimer>
 
 namespace kdx {
 
 namespace {
-// The labels follow the data at most once per screen frame.
-constexpr int kRefreshMs = 16;
+// Nobody reads a number faster: the labels follow the data at most 20 times a second.
+constexpr int kRefreshMs = 50;
 constexpr char kNoData[] = "-";
 } // namespace
 
@@ -27,12 +27,13 @@ struct DebugDisplay::State {
     DebugBytes bytes{};
     bool received = false;
     std::array<ChangedOnly<uint8_t>, kDebugByteCount> shown;
-    QTimer* refresh = nullptr;
+    std::unique_ptr<RefreshPacer> refresh;
     bool stale = false;
     bool unloading = false;
 };
 
-DebugDisplay::DebugDisplay(QWidget* parent) : QWidget(parent, Qt::Window), state_(std::make_unique<State>())
+DebugDisplay::DebugDisplay(Clock& clock, QWidget* parent)
+    : QWidget(parent, Qt::Window), state_(std::make_unique<State>())
 {
     setObjectName("DebugDisplay");
     setWindowTitle("Debug Display");
@@ -56,11 +57,8 @@ DebugDisplay::DebugDisplay(QWidget* parent) : QWidget(parent, Qt::Window), state
         "Adds these seven columns to the telemetry log; tick it before Start so the header names them");
     grid->addWidget(LogDebugcb, static_cast<int>(kDebugByteCount), 0, 1, 2);
 
-    state_->refresh = new QTimer(this);
-    state_->refresh->setObjectName("RefreshTmr");
-    state_->refresh->setSingleShot(true);
-    state_->refresh->setInterval(kRefreshMs);
-    connect(state_->refresh, &QTimer::timeout, this, [this] { guarded("refreshLabels", [&] { refreshLabels(); }); });
+    state_->refresh = std::make_unique<RefreshPacer>(
+        this, "RefreshTmr", kRefreshMs, [this] { guarded("refreshLabels", [&] { refreshLabels(); }); }, clock);
 
     Form_Load();
 }
@@ -73,14 +71,14 @@ void DebugDisplay::Form_Load()
 }
 
 // Called for every direct cyclic message (100 a second, far more during playback), so
-// it only stores the bytes; the labels catch up on the next frame, and not at all
+// it only stores the bytes; the labels catch up at most every kRefreshMs, and not at all
 // while the window is hidden.
 void DebugDisplay::PutDebugData(const std::array<uint8_t, 7>& bytes)
 {
     state_->bytes = bytes;
     state_->received = true;
     if (state_->stale) setStale(false);
-    if (isVisible() && !state_->refresh->isActive()) state_->refresh->start();
+    if (isVisible()) state_->refresh->changed();
 }
 
 bool DebugDisplay::GetLogDebugData() const { return LogDebugcb->isChecked(); }
@@ -97,7 +95,7 @@ std::string DebugDisplay::GetDebugStrToLog() const
 void DebugDisplay::unload()
 {
     state_->unloading = true;
-    state_->refresh->stop();
+    state_->refresh->drop();
     close();
 }
 
@@ -118,13 +116,13 @@ void DebugDisplay::refreshLabels()
 void DebugDisplay::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    guarded("refreshLabels", [&] { refreshLabels(); });
+    state_->refresh->refreshNow();
 }
 
 void DebugDisplay::closeEvent(QCloseEvent* event)
 {
     closeUnlessUnloading(event, state_->unloading, [this] {
-        state_->refresh->stop();
+        state_->refresh->drop();
         hide();
     });
 }

@@ -1,6 +1,7 @@
 #pragma once
 // The debug display: the seven debug bytes of each direct cyclic message, in decimal
 // and hex under their titles, with a check box that adds them to the telemetry log.
+#include "platform/clock.h"
 #include "telemetry/debug_channel.h"
 
 #include <QWidget>
@@ -18,7 +19,8 @@ namespace kdx {
 class DebugDisplay : public QWidget, public DebugChannel {
     Q_OBJECT
 public:
-    explicit DebugDisplay(QWidget* parent = nullptr);
+    // `clock` paces the labels.
+    explicit DebugDisplay(Clock& clock = systemClock(), QWidget* parent = nullptr);
     ~DebugDisplay() override;
 
     void Form_Load();

@@ -1,5 +1,7 @@
 #include "windows/debug_display_window.h"
 
+#include "fakes/manual_clock.h"
+
 #include <QCheckBox>
 #include <QLabel>
 #include <QTest>
@@ -31,9 +33,10 @@ void fire(QTimer* timer)
 
 } // namespace
 
-TEST(DebugDisplayWindow, LabelsFollowTheDataAtMostOncePerFrameAndOnlyWhileShown)
+TEST(DebugDisplayWindow, LabelsFollowTheDataAtMostEveryFiftyMillisecondsAndOnlyWhileShown)
 {
-    DebugDisplay d;
+    test::ManualClock clock;
+    DebugDisplay d(clock);
     d.Form_Load();
     auto* refresh = d.findChild<QTimer*>("RefreshTmr");
     ASSERT_NE(refresh, nullptr);
@@ -50,9 +53,13 @@ TEST(DebugDisplayWindow, LabelsFollowTheDataAtMostOncePerFrameAndOnlyWhileShown)
 
     d.PutDebugData({0, 15, 255, 4, 5, 6, 7});
     d.PutDebugData({0, 15, 255, 4, 5, 6, 8});
-    EXPECT_EQ(d.DebugValuelb[6]->text(), "7 (0x07)"); // not before the frame
+    EXPECT_EQ(d.DebugValuelb[6]->text(), "7 (0x07)"); // not within 50 ms of the last refresh
     fire(refresh);
     EXPECT_EQ(shown(d), "0 (0x00)|15 (0x0F)|255 (0xFF)|4 (0x04)|5 (0x05)|6 (0x06)|8 (0x08)|");
+    clock.now += 50'000'000;
+    d.PutDebugData({0, 15, 255, 4, 5, 6, 9}); // 50 ms on: shown by the data itself
+    EXPECT_EQ(d.DebugValuelb[6]->text(), "9 (0x09)");
+    EXPECT_FALSE(refresh->isActive());
 
     EXPECT_FALSE(d.close()); // the close box hides
     EXPECT_FALSE(d.isVisible());
