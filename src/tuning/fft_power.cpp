@@ -11,6 +11,22 @@ namespace kdx {
 
 namespace {
 
+// e^(-2 pi i k / n) for k < n / 2. One table serves every stage of a transform (stage
+// `len` takes every (n / len)-th entry), and it is kept: the spectrum is taken at the end
+// of every sweep, at the one size the sweep's length gives.
+const std::vector<std::complex<double>>& twiddles(std::size_t n)
+{
+    thread_local std::size_t madeFor = 0;
+    thread_local std::vector<std::complex<double>> table;
+    if (madeFor != n) {
+        table.resize(n / 2);
+        for (std::size_t k = 0; k < n / 2; ++k)
+            table[k] = std::polar(1.0, -2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(n));
+        madeFor = n;
+    }
+    return table;
+}
+
 // In-place iterative decimation-in-time transform; a.size() is a power of two.
 void fft(std::vector<std::complex<double>>& a)
 {
@@ -21,11 +37,7 @@ void fft(std::vector<std::complex<double>>& a)
         j ^= bit;
         if (i < j) std::swap(a[i], a[j]);
     }
-    // One table of e^(-2 pi i k / n) serves every stage: stage `len` takes every
-    // (n / len)-th entry.
-    std::vector<std::complex<double>> twiddle(n / 2);
-    for (std::size_t k = 0; k < n / 2; ++k)
-        twiddle[k] = std::polar(1.0, -2.0 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(n));
+    const std::vector<std::complex<double>>& twiddle = twiddles(n);
     for (std::size_t len = 2; len <= n; len <<= 1) {
         const std::size_t half = len / 2, stride = n / len;
         for (std::size_t start = 0; start < n; start += len) {

@@ -31,6 +31,18 @@ double rms(std::span<const float> x)
     return x.empty() ? 0.0 : std::sqrt(sum / static_cast<double>(x.size()));
 }
 
+// The Hann window over n samples, kept for the next sweep of the same length.
+const std::vector<double>& hannWindow(std::size_t n)
+{
+    thread_local std::vector<double> window;
+    if (window.size() != n) {
+        window.resize(n);
+        const double radiansPerSample = 2.0 * std::numbers::pi / static_cast<double>(n - 1);
+        for (std::size_t i = 0; i < n; ++i) window[i] = 0.5 - 0.5 * std::cos(radiansPerSample * static_cast<double>(i));
+    }
+    return window;
+}
+
 // The dominant frequency of the rate and the share of the power around it.
 void findDominant(std::span<const float> rate, SweepMetrics& m)
 {
@@ -39,12 +51,9 @@ void findDominant(std::span<const float> rate, SweepMetrics& m)
     double mean = 0;
     for (float v : rate) mean += v;
     mean /= static_cast<double>(n);
+    const std::vector<double>& window = hannWindow(n);
     std::vector<double> x(n);
-    const double radiansPerSample = 2.0 * std::numbers::pi / static_cast<double>(n - 1);
-    for (std::size_t i = 0; i < n; ++i) {
-        const double hann = 0.5 - 0.5 * std::cos(radiansPerSample * static_cast<double>(i));
-        x[i] = (rate[i] - mean) * hann;
-    }
+    for (std::size_t i = 0; i < n; ++i) x[i] = (rate[i] - mean) * window[i];
     const std::vector<double> power = powerSpectrum(x);
     const std::size_t bins = power.size(); // M/2 + 1
     const double hzPerBin = kSweepSamplesPerSecond / static_cast<double>(2 * (bins - 1));
