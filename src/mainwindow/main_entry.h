@@ -151,8 +151,11 @@ public:
     // display's titles when it logs its data; CR LF included.
     std::string GetTelemetryFileTitles() const;
 
-    // The live-value labels are refreshed from the latest values at most this often.
+    // The live-value labels show a message at most this long after it came, and are
+    // refreshed at most every LiveDisplaySpacingMs: at 100 messages a second, every fifth
+    // message refreshes them. The margin lets a message a little early still do it.
     static constexpr int LiveDisplayMs = 50;
+    static constexpr int LiveDisplaySpacingMs = 45;
     // Refreshes the live-value labels now if a message came since the last refresh (the
     // next message or the display timer does this; tests call it instead of waiting).
     void flushLiveDisplay();

@@ -1,7 +1,7 @@
 // The pace of the "Current Values" panel: the live values are decoded, logged and sampled
-// for every message, but their labels are refreshed from the latest values at most every
-// LiveDisplayMs, by the message that finds the last refresh that old (or by the display
-// timer once messages stop); and they are greyed while the link is lost.
+// for every message, but their labels are refreshed from the latest values 20 times a
+// second, by the message that finds the last refresh old enough (or by the display timer
+// once messages stop); and they are greyed while the link is lost.
 #include "mainwindow/main_entry.h"
 
 #include "platform/qt_guard.h"
@@ -16,7 +16,7 @@ namespace kdx {
 void MainEntry::buildLiveDisplayTimer()
 {
     livePacer_ = std::make_unique<RefreshPacer>(
-        this, "liveDisplayTimer", LiveDisplayMs,
+        this, "liveDisplayTimer", LiveDisplaySpacingMs, LiveDisplayMs,
         [this] {
             guarded("flushLiveDisplay", [&] {
                 ShowLiveValues();

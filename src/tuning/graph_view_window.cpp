@@ -14,9 +14,9 @@ GraphView::GraphView(QWidget* parent) : QWidget(parent)
     // Every pixel comes from the image: Qt need not erase first.
     setAttribute(Qt::WA_OpaquePaintEvent);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
-    // Strokes collect the area they drew on, and that area is repainted at most once a
-    // frame: the samples of a frame repaint a few narrow columns once, not the whole graph
-    // and not once per sample.
+    // Strokes collect the area they drew on, and the pacer repaints that area: the samples
+    // between two repaints repaint a few narrow columns once, not the whole graph and not
+    // once per sample.
     canvas_.setOnChanged([this] { framePacer_.changed(); });
 }
 

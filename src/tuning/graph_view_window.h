@@ -1,7 +1,7 @@
 #pragma once
 // The picture of the tuning graph (`Graphpb`): it owns the backing image the renderer
 // draws on and only blits it. Strokes mark the area they touched dirty, and that area is
-// repainted at most once a frame however many samples arrived in between.
+// repainted at most 30 times a second however many samples arrived in between.
 #include "tuning/qt_image_canvas.h"
 #include "widgets/refresh_pacer.h"
 
@@ -16,9 +16,12 @@ class GraphView : public QWidget {
 public:
     explicit GraphView(QWidget* parent = nullptr);
 
-    // The picture follows the strokes at most 30 times a second: smooth for a trace that
-    // gains a hundred samples a second, and half the repaints of a 60 Hz screen.
-    static constexpr int FrameMs = 33;
+    // Repaints are at least FrameSpacingMs apart and a stroke waits at most FrameMs to be
+    // shown: at 100 samples a second, every fourth sample repaints, 25 times a second.
+    // Each repaint costs a round trip to the display server whatever its size, and at a
+    // screen frame's pace they were most of the program's CPU.
+    static constexpr int FrameMs = 40;
+    static constexpr int FrameSpacingMs = 33;
 
     QtImageCanvas& canvas() { return canvas_; }
     // Runs after a resize has made the image anew at the new size (and not while the
@@ -34,7 +37,7 @@ protected:
 
 private:
     QtImageCanvas canvas_;
-    RefreshPacer framePacer_{this, "graphFrameTimer", FrameMs, [this] { update(canvas_.takeDirty()); }};
+    RefreshPacer framePacer_{this, "graphFrameTimer", FrameSpacingMs, FrameMs, [this] { update(canvas_.takeDirty()); }};
     std::function<void()> onResized_;
 };
 

@@ -2,25 +2,26 @@
 
 namespace kdx {
 
-RefreshPacer::RefreshPacer(QObject* owner, const char* timerName, int periodMs, std::function<void()> refresh,
-                           Clock& clock)
-    : timer_(new QTimer(owner)), periodNs_(int64_t{periodMs} * 1'000'000), refresh_(std::move(refresh)), clock_(clock)
+RefreshPacer::RefreshPacer(QObject* owner, const char* timerName, int spacingMs, int maxWaitMs,
+                           std::function<void()> refresh, Clock& clock)
+    : timer_(new QTimer(owner)), spacingNs_(int64_t{spacingMs} * 1'000'000), refresh_(std::move(refresh)), clock_(clock)
 {
     timer_->setObjectName(timerName);
     timer_->setSingleShot(true);
+    timer_->setInterval(maxWaitMs);
     QObject::connect(timer_, &QTimer::timeout, owner, [this] { flush(); });
 }
 
 void RefreshPacer::changed()
 {
-    pending_ = true;
     const int64_t now = clock_.nowNs();
-    const int64_t since = lastNs_ ? now - *lastNs_ : periodNs_;
-    if (since >= periodNs_) {
+    if (!lastNs_ || now - *lastNs_ >= spacingNs_) {
         refresh(now);
         return;
     }
-    if (!timer_->isActive()) timer_->start(static_cast<int>((periodNs_ - since + 999'999) / 1'000'000) + GraceMs);
+    // The first change of a wait starts the clock on it; later ones ride on it.
+    if (!pending_) timer_->start();
+    pending_ = true;
 }
 
 void RefreshPacer::flush()

@@ -1,9 +1,10 @@
 #pragma once
-// The pace of a display that follows data arriving many times a second. A change is shown
-// at once when the last refresh is at least a period old, in the same wakeup as the data
-// that brought it; a change that comes sooner waits. While data keeps coming, the next
-// arrival after the period shows it, so the display costs no wakeup of its own; when the
-// data stops, a timer shows the last change at most a period and a grace later.
+// The pace of a display that follows data arriving many times a second. Refreshes are at
+// least `spacingMs` apart, and a change waits at most `maxWaitMs` to be shown. A change
+// that finds the last refresh `spacingMs` old is shown at once, in the same wakeup as the
+// data that brought it; one that comes sooner waits for the next such arrival, so a steady
+// stream costs the display no wakeup of its own. A timer shows a change that has waited
+// `maxWaitMs`: only when the data stops, or comes too seldom to show itself in time.
 #include "platform/clock.h"
 
 #include <QTimer>
@@ -16,9 +17,8 @@ namespace kdx {
 
 class RefreshPacer {
 public:
-    // `refresh` paints what changed; it runs at most once per `periodMs`. The timer is a
-    // child of `owner`, named `timerName`.
-    RefreshPacer(QObject* owner, const char* timerName, int periodMs, std::function<void()> refresh,
+    // `refresh` paints what changed. The timer is a child of `owner`, named `timerName`.
+    RefreshPacer(QObject* owner, const char* timerName, int spacingMs, int maxWaitMs, std::function<void()> refresh,
                  Clock& clock = systemClock());
 
     // Something to show has arrived.
@@ -30,15 +30,11 @@ public:
     // Forgets a change waiting to be shown (the window went out of view).
     void drop();
 
-    // How long past the period a change waits for more data before the timer shows it:
-    // longer than the gap between two messages, so a steady stream never wakes the timer.
-    static constexpr int GraceMs = 15;
-
 private:
     void refresh(int64_t nowNs);
 
     QTimer* timer_;
-    int64_t periodNs_;
+    int64_t spacingNs_;
     std::function<void()> refresh_;
     Clock& clock_;
     std::optional<int64_t> lastNs_;

@@ -18,7 +18,9 @@
 namespace kdx {
 
 namespace {
-// Nobody reads a number faster: the labels follow the data at most 20 times a second.
+// Nobody reads a number faster: the labels follow the data 20 times a second, at most
+// 50 ms behind it.
+constexpr int kRefreshSpacingMs = 45;
 constexpr int kRefreshMs = 50;
 constexpr char kNoData[] = "-";
 } // namespace
@@ -58,7 +60,8 @@ DebugDisplay::DebugDisplay(Clock& clock, QWidget* parent)
     grid->addWidget(LogDebugcb, static_cast<int>(kDebugByteCount), 0, 1, 2);
 
     state_->refresh = std::make_unique<RefreshPacer>(
-        this, "RefreshTmr", kRefreshMs, [this] { guarded("refreshLabels", [&] { refreshLabels(); }); }, clock);
+        this, "RefreshTmr", kRefreshSpacingMs, kRefreshMs,
+        [this] { guarded("refreshLabels", [&] { refreshLabels(); }); }, clock);
 
     Form_Load();
 }
