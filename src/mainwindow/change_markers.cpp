@@ -1,5 +1,7 @@
 #include "mainwindow/change_markers.h"
 
+#include "widgets/text.h"
+
 #include <QBoxLayout>
 #include <QEvent>
 #include <QCheckBox>
@@ -112,7 +114,7 @@ void ChangeMarkers::show(const DriverConfig& config)
         const QString tip = it == changed.end()
                                 ? QString()
                                 : "Changed: the module last reported " + QString::fromStdString(it->second->reported);
-        if (mark->text() != text) mark->setText(text);
+        showText(mark, text);
         if (mark->toolTip() != tip) {
             mark->setToolTip(tip);
             mark->setAccessibleName(tip);

@@ -137,8 +137,7 @@ void MainEntry::PutMessageReceived(bool good) { messageCount.PutMessageReceived(
 void MainEntry::CommsQualityTmr_Timer()
 {
     CommsQuality = messageCount.tick();
-    const QString text = QString::fromStdString(Format(CommsQuality, "0%"));
-    if (CommsQualitylb->text() != text) CommsQualitylb->setText(text);
+    showText(CommsQualitylb, Format(CommsQuality, "0%"));
 }
 
 // ---- memory transfer ----------------------------------------------------------------

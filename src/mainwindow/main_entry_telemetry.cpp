@@ -25,12 +25,6 @@ namespace kdx {
 
 namespace {
 
-void setCaption(QLabel* l, const std::string& text)
-{
-    const QString t = QString::fromStdString(text);
-    if (l->text() != t) l->setText(t); // a label is repainted only when its text changes
-}
-
 } // namespace
 
 void MainEntry::PutCyclicQvaneMsg(const MsgView& msg)
@@ -108,19 +102,19 @@ void MainEntry::ShowLiveValues()
     fillLiveCaptions(live, captions_);
     for (std::size_t m = 0; m < 2; ++m) {
         const MotorCaptions& c = captions_.motor[m];
-        setCaption(ElecAngletb[m], c.ElecAngletb);
-        setCaption(AxisRatetb[m], c.AxisRatetb);
-        setCaption(AxisErrortb[m], c.AxisErrortb);
-        setCaption(AxisPtb[m], c.AxisPtb);
-        setCaption(AxisItb[m], c.AxisItb);
-        setCaption(AxisDtb[m], c.AxisDtb);
-        setCaption(ExtGaintb[m], c.ExtGaintb);
-        setCaption(AxisPowertb[m], c.AxisPowertb);
-        setCaption(AxisAngletb[m], c.AxisAngletb);
+        showText(ElecAngletb[m], c.ElecAngletb);
+        showText(AxisRatetb[m], c.AxisRatetb);
+        showText(AxisErrortb[m], c.AxisErrortb);
+        showText(AxisPtb[m], c.AxisPtb);
+        showText(AxisItb[m], c.AxisItb);
+        showText(AxisDtb[m], c.AxisDtb);
+        showText(ExtGaintb[m], c.ExtGaintb);
+        showText(AxisPowertb[m], c.AxisPowertb);
+        showText(AxisAngletb[m], c.AxisAngletb);
         paintFace(TestDrivecb[m], c.TestDrivecbColour);
     }
-    setCaption(Voltagetb, captions_.Voltagetb);
-    setCaption(Switchtb, captions_.Switchtb);
+    showText(Voltagetb, captions_.Voltagetb);
+    showText(Switchtb, captions_.Switchtb);
     if ((live.SwitchBits & ButtonSwitchBit) && !ButtonFr->isVisibleTo(this)) ButtonFr->setVisible(true);
     if (shownSelectedValid_.changed(live.SelectedInputValid)) peers_.tuning.SetInputValid(live.SelectedInputValid);
     for (std::size_t i = 0; i < 3; ++i)

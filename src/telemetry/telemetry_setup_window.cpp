@@ -8,6 +8,7 @@
 #include "telemetry/log_file_name.h"
 #include "telemetry/log_line.h"
 #include "widgets/face_colour.h"
+#include "widgets/text.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -202,11 +203,7 @@ void TelemetrySetup::writeFailed()
     });
 }
 
-void TelemetrySetup::showLogEvents()
-{
-    const QString t = QString::fromStdString(log_.LogEvents());
-    if (LogEvents->text() != t) LogEvents->setText(t);
-}
+void TelemetrySetup::showLogEvents() { showText(LogEvents, log_.LogEvents()); }
 
 void TelemetrySetup::showState()
 {

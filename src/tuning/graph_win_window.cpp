@@ -49,12 +49,6 @@ QColor qcolour(uint32_t bgr)
     return QColor(c.r, c.g, c.b);
 }
 
-void setCaption(QPushButton* b, std::string_view caption)
-{
-    const QString text = qs(caption);
-    if (b->text() != text) b->setText(text);
-}
-
 // One row of the gain panel and the members that hold its controls.
 struct GainRow {
     Gain gain;
@@ -226,8 +220,7 @@ void GraphWin::placeAxisLabels(int axis, const AxisLabels& labels)
     for (int i = 0; i < kAxisLabelCount; ++i) {
         QLabel* l = shown[static_cast<std::size_t>(i)];
         const AxisLabel& a = labels[static_cast<std::size_t>(i)];
-        const QString text = QString::fromStdString(a.text);
-        if (l->text() != text) l->setText(text);
+        showText(l, a.text);
         const QPoint at(0, offset + static_cast<int>(std::lround(a.y)) - l->height() / 2);
         if (l->pos() != at) l->move(at);
     }
@@ -411,10 +404,10 @@ void GraphWin::showCapture()
     paintFace(RepeatTrigcb, f.RepeatTrigcb);
     paintFace(NowTrigcb, f.NowTrigcb);
     paintFace(StopTracecb, f.StopTracecb);
-    setCaption(StopTracecb, f.StopTracecbCaption);
+    showText(StopTracecb, f.StopTracecbCaption);
     for (std::size_t i = 0; i < TraceDurationcb.size(); ++i) paintFace(TraceDurationcb[i], f.TraceDurationcb[i]);
     paintFace(DisplayClearcb, f.DisplayClearcb);
-    setCaption(DisplayClearcb, f.DisplayClearcbCaption);
+    showText(DisplayClearcb, f.DisplayClearcbCaption);
     paintFace(AutoScalecb, f.AutoScalecb);
     paintFace(DefaultScalecb, f.DefaultScalecb);
 }

@@ -4,6 +4,7 @@
 #include "platform/qt_guard.h"
 #include "tuning/sweep_export.h"
 #include "tuning/sweep_review.h"
+#include "widgets/text.h"
 
 #include <QAction>
 #include <QBuffer>
@@ -20,12 +21,6 @@ namespace {
 constexpr const char* kPinCaption = "Pin as reference";
 constexpr const char* kUnpinCaption = "Unpin";
 constexpr int kPictureScale = 2;
-
-void setText(QLabel* l, const std::string& text)
-{
-    const QString t = QString::fromStdString(text);
-    if (l->text() != t) l->setText(t);
-}
 
 } // namespace
 
@@ -96,15 +91,15 @@ void SweepPanel::refresh()
 {
     const std::vector<MetricRow> rows = review_.rows();
     for (std::size_t i = 0; i < rows.size() && i < Currentlb.size(); ++i) {
-        setText(Currentlb[i], rows[i].current);
-        setText(Referencelb[i], rows[i].reference);
-        setText(Changelb[i], rows[i].change);
+        showText(Currentlb[i], rows[i].current);
+        showText(Referencelb[i], rows[i].reference);
+        showText(Changelb[i], rows[i].change);
         const QString tip = QString::fromStdString(rows[i].summary);
         if (Changelb[i]->toolTip() != tip) Changelb[i]->setToolTip(tip);
     }
     const bool pinned = review_.reference().has_value();
     const QString caption = pinned ? kUnpinCaption : kPinCaption;
-    if (Pincb->text() != caption) Pincb->setText(caption);
+    showText(Pincb, caption);
     mnuPin->setText(caption);
     const bool hasSweep = review_.current().has_value();
     Pincb->setEnabled(pinned || hasSweep);

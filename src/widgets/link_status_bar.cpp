@@ -1,5 +1,7 @@
 #include "widgets/link_status_bar.h"
 
+#include "widgets/text.h"
+
 #include <QLabel>
 #include <QStatusBar>
 #include <QTimer>
@@ -33,9 +35,8 @@ void LinkStatusBar::refresh()
     const StatusTexts t = statusTexts(in);
     const std::string* texts[] = {&t.port, &t.target, &t.firmware, &t.link, &t.rate};
     for (std::size_t i = 0; i < labels.size(); ++i) {
-        const QString text = QString::fromStdString(*texts[i]);
-        if (labels[i]->text() != text) labels[i]->setText(text); // repainted only on a change
-        labels[i]->setVisible(!text.isEmpty());
+        showText(labels[i], *texts[i]);
+        labels[i]->setVisible(!texts[i]->empty());
     }
 }
 

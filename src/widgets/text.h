@@ -9,4 +9,17 @@ namespace kdx {
 
 inline QString qs(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); }
 
+// Gives a label or a button `text` only when it shows another: an unchanged text costs no
+// layout, no accessibility event and no repaint.
+template <class Control>
+void showText(Control* control, const QString& text)
+{
+    if (control->text() != text) control->setText(text);
+}
+template <class Control>
+void showText(Control* control, std::string_view text)
+{
+    showText(control, qs(text));
+}
+
 } // namespace kdx

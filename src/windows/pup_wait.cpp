@@ -7,6 +7,7 @@
 #include "platform/program_windows.h"
 #include "platform/qt_guard.h"
 #include "platform/qt_window_close.h"
+#include "widgets/text.h"
 #include "windows/velmor_logo.h"
 
 #include <QCloseEvent>
@@ -87,8 +88,7 @@ void PUPWait::showPortLine()
 {
     const std::string port = ports_.listeningPort();
     const std::string text = port.empty() ? "No port open: " + ports_.portProblem() : "Listening on " + port;
-    const QString t = QString::fromStdString(text);
-    if (portLine->text() != t) portLine->setText(t);
+    showText(portLine, text);
 }
 
 void PUPWait::choosePort_Click() { ports_.showPortChoice(); }
